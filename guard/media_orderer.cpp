@@ -1,0 +1,160 @@
+#include "guard/media_orderer.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace mvrtpfec {
+
+namespace {
+
+/// A packet this far behind is late or repeated, further off it belongs to another run. A source that
+/// restarts just behind is heard again after as many packets.
+constexpr int lateZone = 1024;
+/// In windows: so far ahead a single packet is believed.
+constexpr int believedWindows = 4;
+
+int serialDistance(std::uint16_t from, std::uint16_t to) {
+    return static_cast<std::int16_t>(static_cast<std::uint16_t>(to - from));
+}
+
+}  // namespace
+
+MediaOrderer::MediaOrderer(std::size_t window, Output output)
+    : window_(window), output_(std::move(output)), slots_(window) {}
+
+std::optional<std::uint16_t> MediaOrderer::position() const {
+    if (!collecting_) return static_cast<std::uint16_t>(next_ - 1);
+    if (collected_.empty()) return std::nullopt;
+    return collected_.front()->view.sequenceNumber();
+}
+
+void MediaOrderer::push(std::unique_ptr<RtpPacket> packet) {
+    if (!collecting_) return place(std::move(packet));
+    collected_.push_back(std::move(packet));
+    if (collected_.size() >= window_) begin();
+}
+
+void MediaOrderer::begin() {
+    if (!collecting_ || collected_.empty()) return;
+    collecting_ = false;
+    auto packets = std::exchange(collected_, {});
+    const std::uint16_t first = packets.front()->view.sequenceNumber();
+    ssrc_ = packets.front()->view.ssrc();
+    next_ = first;
+    for (const auto& packet : packets) {
+        const int ahead = serialDistance(first, packet->view.sequenceNumber());
+        const bool near = packet->view.ssrc() == ssrc_ && -ahead < static_cast<int>(window_);
+        if (near && serialDistance(next_, packet->view.sequenceNumber()) < 0)
+            next_ = packet->view.sequenceNumber();
+    }
+    for (auto& packet : packets) place(std::move(packet));
+}
+
+int MediaOrderer::distance(const RtpPacket& packet) const {
+    return serialDistance(next_, packet.view.sequenceNumber());
+}
+
+void MediaOrderer::place(std::unique_ptr<RtpPacket> packet) {
+    const int ahead = distance(*packet);
+    const bool ours = packet->view.ssrc() == ssrc_;
+    if (ours && ahead < 0 && ahead >= -lateZone && leftOutInARow_ < lateZone)
+        return leaveOut(packet->view.sequenceNumber());
+    if (!ours || ahead < 0 || ahead >= believedWindows * static_cast<int>(window_))
+        return consider(std::move(packet));
+    jumpTo(std::move(packet));
+    handOnDue();
+}
+
+void MediaOrderer::leaveOut(std::uint16_t sequenceNumber) {
+    ++leftOutInARow_;
+    ++(handedOn_.contains(sequenceNumber) ? figures_.repeated : figures_.late);
+}
+
+void MediaOrderer::consider(std::unique_ptr<RtpPacket> packet) {
+    if (!stray_ || !followsStray(*packet)) {
+        if (stray_) ++figures_.stray;
+        stray_ = std::move(packet);
+        return;
+    }
+    if (!strayIsAhead()) return restartWith(std::move(packet));
+    jumpTo(std::exchange(stray_, nullptr));
+    place(std::move(packet));
+}
+
+bool MediaOrderer::followsStray(const RtpPacket& packet) const {
+    const int ahead = serialDistance(stray_->view.sequenceNumber(), packet.view.sequenceNumber());
+    return packet.view.ssrc() == stray_->view.ssrc() && ahead > 0 && ahead < static_cast<int>(window_);
+}
+
+bool MediaOrderer::strayIsAhead() const {
+    const int ahead = distance(*stray_);
+    return stray_->view.ssrc() == ssrc_ && ahead >= 0 && ahead < lateZone;
+}
+
+/// Takes a packet into the window, which moves up to it when it has to.
+void MediaOrderer::jumpTo(std::unique_ptr<RtpPacket> packet) {
+    if (stray_) ++figures_.stray;
+    stray_.reset();
+    leftOutInARow_ = 0;
+    const std::uint16_t number = packet->view.sequenceNumber();
+    if (distance(*packet) >= static_cast<int>(window_))
+        giveUpTo(static_cast<std::uint16_t>(number - window_ + 1));
+    auto& slot = slots_[(head_ + static_cast<std::size_t>(distance(*packet))) % window_];
+    if (slot) {
+        ++figures_.repeated;
+        return;
+    }
+    slot = std::move(packet);
+    ++held_;
+}
+
+void MediaOrderer::restartWith(std::unique_ptr<RtpPacket> packet) {
+    handOnHeld();
+    ++figures_.restarts;
+    output_.restart();
+    handedOn_ = {};
+    leftOutInARow_ = 0;
+    afterHole_ = false;
+    collecting_ = true;
+    collected_.push_back(std::exchange(stray_, nullptr));
+    push(std::move(packet));
+}
+
+void MediaOrderer::flush() {
+    begin();
+    if (stray_ && strayIsAhead()) jumpTo(std::exchange(stray_, nullptr));
+    handOnHeld();
+}
+
+void MediaOrderer::handOnHeld() {
+    while (held_ > 0) {
+        handOnDue();
+        if (held_ > 0) giveUpTo(static_cast<std::uint16_t>(next_ + 1));
+    }
+}
+
+void MediaOrderer::handOnDue() {
+    while (slots_[head_]) step();
+}
+
+void MediaOrderer::giveUpTo(std::uint16_t target) {
+    while (next_ != target) step();
+}
+
+/// Hands on the packet waited for, or gives it up, and waits for the one behind it.
+void MediaOrderer::step() {
+    auto packet = std::exchange(slots_[head_], nullptr);
+    const std::uint16_t number = next_++;
+    head_ = (head_ + 1) % window_;
+    if (!packet) {
+        handedOn_.erase(number);
+        afterHole_ = true;
+        return;
+    }
+    --held_;
+    handedOn_.insert(number);
+    if (afterHole_) ++figures_.holes;
+    output_.packet(std::move(packet), std::exchange(afterHole_, false));
+}
+
+}  // namespace mvrtpfec

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "core/rtp_packet.h"
+#include "core/sequence_set.h"
+
+namespace mvrtpfec {
+
+/// Puts valid media packets in sequence order within a window and leaves out what comes late or twice.
+///
+/// A missing number is given up when a packet `window` numbers ahead of it arrives, so a packet that is
+/// overtaken by fewer than that is put back in its place. A packet far off, or of another source
+/// (SSRC), waits for a second one that follows it (after RFC 3550 appendix A.1); then the order
+/// jumps to it. The first packets of a run are collected, at most a window of them, until begin().
+class MediaOrderer {
+public:
+    struct Output {
+        /// The next packet in order; `afterHole` when numbers before it were given up.
+        std::function<void(std::unique_ptr<RtpPacket>, bool afterHole)> packet;
+        /// The source has restarted or jumped; what follows has no relation to what came before.
+        std::function<void()> restart;
+    };
+    struct Figures {
+        std::uint64_t late = 0;      ///< came after their number was given up
+        std::uint64_t repeated = 0;  ///< same number as a packet handed on or held
+        std::uint64_t stray = 0;     ///< far off or of another source, and nothing followed
+        std::uint64_t holes = 0;     ///< runs of missing numbers given up
+        std::uint64_t restarts = 0;
+    };
+
+    /// `window` is at least 1.
+    MediaOrderer(std::size_t window, Output output);
+
+    void push(std::unique_ptr<RtpPacket> packet);
+    /// Ends the collecting at the start of a run.
+    void begin();
+    /// Hands on everything held, over its holes.
+    void flush();
+
+    /// Where the run stands: the number handed on last, or the first one collected; none before that.
+    std::optional<std::uint16_t> position() const;
+    const Figures& figures() const { return figures_; }
+
+private:
+    int distance(const RtpPacket& packet) const;
+    void place(std::unique_ptr<RtpPacket> packet);
+    void leaveOut(std::uint16_t sequenceNumber);
+    void consider(std::unique_ptr<RtpPacket> packet);
+    bool followsStray(const RtpPacket& packet) const;
+    bool strayIsAhead() const;
+    void jumpTo(std::unique_ptr<RtpPacket> packet);
+    void restartWith(std::unique_ptr<RtpPacket> packet);
+    void handOnHeld();
+    void handOnDue();
+    void giveUpTo(std::uint16_t target);
+    void step();
+
+    std::size_t window_;
+    Output output_;
+    Figures figures_;
+    bool collecting_ = true;
+    std::vector<std::unique_ptr<RtpPacket>> collected_;
+
+    std::uint32_t ssrc_ = 0;
+    std::uint16_t next_ = 0;                         ///< the number waited for
+    std::vector<std::unique_ptr<RtpPacket>> slots_;  ///< ring of the window, slots_[head_] for next_
+    std::size_t head_ = 0;
+    std::size_t held_ = 0;
+    bool afterHole_ = false;
+    SequenceSet handedOn_;
+    int leftOutInARow_ = 0;
+    std::unique_ptr<RtpPacket> stray_;
+};
+
+}  // namespace mvrtpfec

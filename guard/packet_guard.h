@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "core/rtp_packet.h"
+#include "guard/control_packets.h"
+#include "guard/fec_gate.h"
+#include "guard/media_orderer.h"
+#include "guard/wrap_watch.h"
+
+namespace mvrtpfec {
+
+/// The receiver's inputs; the decoder tells packets apart by themselves, but each input must carry one
+/// stream.
+enum class ReceiverInput : std::uint8_t { media = 0, columnFec = 1, rowFec = 2 };
+
+struct GuardSettings {
+    std::size_t window = 20;  ///< packets by which one may be overtaken and still be put in its place
+};
+
+/// Counters since construction, in packets; `holesSkipped` counts runs of missing numbers.
+struct GuardFigures {
+    std::uint64_t late = 0;
+    std::uint64_t repeated = 0;
+    std::uint64_t holesSkipped = 0;
+    std::uint64_t fecKeptBack = 0;
+    std::uint64_t foreign = 0;  ///< no valid media or FEC packet, or a stray one of another source
+    std::uint64_t restarts = 0;
+};
+
+/// Stands in front of a receiver's three inputs and gives it a stream it repairs well.
+///
+/// A receiver orders each input with a small buffer that gives up, with every hole, the packet behind
+/// it too and holds the stream back until twenty packets wait. The guard orders the media itself, and
+/// when it gives up a hole it makes that buffer start afresh; it numbers FEC packets by arrival, so that
+/// their inputs never see a hole; it keeps back FEC packets from which the decoder would rebuild a wrong
+/// packet, and has the decoder replaced where one of them may be left in it: when the source restarts,
+/// and at the wrap of the sequence numbers if a group before it stays unfinished.
+///
+/// Packets are sorted by payload type and FEC direction, whatever port they came from. Not thread-safe;
+/// the output is called on the caller's thread and must take each packet before it returns.
+class PacketGuard {
+public:
+    using Output = std::function<void(ReceiverInput, std::unique_ptr<RtpPacket>)>;
+
+    /// Throws std::invalid_argument for a window outside 1 to 1000.
+    explicit PacketGuard(Output output, const GuardSettings& settings = {});
+
+    PacketGuard(const PacketGuard&) = delete;
+    PacketGuard& operator=(const PacketGuard&) = delete;
+
+    void push(std::unique_ptr<RtpPacket> packet);
+    /// Hands on every packet still held, at the end of a stream.
+    void flush();
+
+    GuardFigures figures() const;
+
+private:
+    void pushFec(std::unique_ptr<RtpPacket> fec);
+    void handOnFec(std::unique_ptr<RtpPacket> fec, FecKind kind);
+    void handOnMedia(std::unique_ptr<RtpPacket> media, bool afterHole);
+    void noteHole(std::uint16_t next);
+    bool mustRenewAt(std::uint16_t next) const;
+    void startAfresh(std::uint16_t next);
+    void renewDecoder(std::uint16_t next);
+    void teachMatrix(std::uint16_t base);
+    void onRestart();
+
+    Output output_;
+    MediaOrderer orderer_;
+    FecGate gate_;
+    WrapWatch watch_;
+    MatrixSize matrix_;
+    std::optional<std::uint16_t> previous_;  ///< media number handed on last in this run
+    bool restarted_ = false;                 ///< nothing handed on since a restart
+    std::uint64_t repeatedFec_ = 0;
+    std::uint64_t fecKeptBack_ = 0;
+    std::uint64_t foreign_ = 0;
+};
+
+}  // namespace mvrtpfec

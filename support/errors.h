@@ -1,0 +1,33 @@
+#pragma once
+
+#include <exception>
+#include <string>
+#include <utility>
+
+namespace mvn {
+
+/// Base of the system's own failures.
+class MorvaneException : public std::exception {
+public:
+    explicit MorvaneException(std::string message) : message_(std::move(message)) {}
+
+    const char* what() const noexcept override { return message_.c_str(); }
+
+private:
+    std::string message_;
+};
+
+/// One component's failures, told apart by type: Tag only names the component.
+template <class Tag, class Base>
+class ExceptionTemplate : public Base {
+public:
+    explicit ExceptionTemplate(std::string message) : Base(std::move(message)) {}
+};
+
+// The support library's own tags.
+class Date;
+class File;
+class Drive;
+class Text;
+
+}  // namespace mvn
