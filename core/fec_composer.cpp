@@ -10,7 +10,7 @@ namespace mvrtpfec {
 
 namespace {
 
-constexpr std::int64_t maxMatrixSize = 100;
+constexpr std::int32_t maxMatrixSize = 100;
 constexpr std::int32_t maxSide = 20;
 constexpr std::int32_t minSide = 4;
 
@@ -31,7 +31,7 @@ CFecComposer::CFecComposer(FecPacketSink sink, std::int32_t mode, std::int32_t c
       rows_(rows),
       columnSequence_(firstSequenceNumber()),
       rowSequence_(firstSequenceNumber()) {
-    checkMatrix();
+    checkMatrix(mode_, columns_, rows_);
     const auto count = static_cast<std::size_t>(columns_);
     columnPackets_.resize(count);
     columnCounts_.resize(count);
@@ -40,26 +40,39 @@ CFecComposer::CFecComposer(FecPacketSink sink, std::int32_t mode, std::int32_t c
     for (std::size_t c = 0; c < count; ++c) columnCounts_[c] = static_cast<std::uint32_t>(c % blockSize);
 }
 
-void CFecComposer::checkMatrix() const {
-    if (isOutside(mode_, fecNone, fecBoth))
+void CFecComposer::checkMatrix(std::int32_t mode, std::int32_t columns, std::int32_t rows) {
+    if (isOutside(mode, fecNone, fecBoth))
         throw mvn::ExceptionTemplate<CFecComposer, mvn::MorvaneException>("invalid FEC mode");
     // Rows are checked in row mode too, although row FEC doesn't use them.
-    if (mode_ != fecNone && isOutside(rows_, minSide, maxSide))
+    if (mode != fecNone && isOutside(rows, minSide, maxSide))
         throw std::runtime_error("number of rows must be between 4 and 20");
-    if (mode_ == fecBoth && isOutside(columns_, minSide, maxSide))
+    if (mode == fecBoth && isOutside(columns, minSide, maxSide))
         throw std::runtime_error("number of columns must be between 4 and 20 in this mode");
-    if ((mode_ == fecRow || mode_ == fecColumn) && isOutside(columns_, 1, maxSide))
+    if ((mode == fecRow || mode == fecColumn) && isOutside(columns, 1, maxSide))
         throw std::runtime_error("number of columns must be between 1 and 20 in this mode");
-    const bool unusable = rows_ < 0 || isOutside(columns_, 0, static_cast<std::int32_t>(maxMatrixSize));
-    if (unusable || std::int64_t{columns_} * rows_ > maxMatrixSize)
+    const bool unusable = rows < 0 || isOutside(columns, 0, maxMatrixSize);
+    if (unusable || std::int64_t{columns} * rows > maxMatrixSize)
         throw std::runtime_error("invalid number of columns and rows");
 }
 
 void CFecComposer::protect(ConstRtpPacketView media) {
     if (!isProtectable(media)) return;
-    if (mode_ == fecRow || mode_ == fecBoth) protectRow(media);
-    if (mode_ == fecColumn || mode_ == fecBoth) protectColumn(media);
+    if (!addToBoth(media)) {
+        if (mode_ == fecRow || mode_ == fecBoth) protectRow(media);
+        if (mode_ == fecColumn || mode_ == fecBoth) protectColumn(media);
+    }
     advanceColumn();
+}
+
+/// A packet inside a row and a column under way goes into both in one pass. One that ends its row doesn't:
+/// the row's sink may throw before the column has its turn.
+bool CFecComposer::addToBoth(ConstRtpPacketView media) {
+    const auto c = static_cast<std::size_t>(currentColumn_);
+    if (mode_ != fecBoth || c == 0 || currentColumn_ == columns_ - 1) return false;
+    if (!rowPacket_ || !columnPackets_[c] || columnCounts_[c] == 0) return false;
+    addToFecPackets(*rowPacket_, *columnPackets_[c], media);
+    countInColumn(c);
+    return true;
 }
 
 void CFecComposer::protectRow(ConstRtpPacketView media) {
@@ -74,19 +87,22 @@ void CFecComposer::protectRow(ConstRtpPacketView media) {
 void CFecComposer::protectColumn(ConstRtpPacketView media) {
     if (!isProtectable(media) || columnPackets_.empty()) return;
     const auto c = static_cast<std::size_t>(currentColumn_);
-    std::uint32_t& count = columnCounts_[c];
     std::unique_ptr<RtpPacket>& packet = columnPackets_[c];
-
-    if (count == 0) {
+    if (columnCounts_[c] == 0) {
         packet = start(media, FecKind::column, columnSequence_);
-        if (rows_ > 1) count = 1;
+        if (rows_ > 1) columnCounts_[c] = 1;
         return;
     }
     // A column without a packet is still waiting for its staggered start.
     if (packet) addToFecPacket(*packet, media);
+    countInColumn(c);
+}
+
+void CFecComposer::countInColumn(std::size_t column) {
+    std::uint32_t& count = columnCounts_[column];
     if (++count < static_cast<std::uint32_t>(rows_)) return;
     count = 0;
-    if (packet) handOn(packet);
+    if (columnPackets_[column]) handOn(columnPackets_[column]);
 }
 
 void CFecComposer::advanceColumn() {
@@ -96,7 +112,7 @@ void CFecComposer::advanceColumn() {
 std::unique_ptr<RtpPacket> CFecComposer::start(ConstRtpPacketView media, FecKind kind,
                                                std::uint16_t& sequence) const {
     const bool row = kind == FecKind::row;
-    auto packet = std::make_unique<RtpPacket>();
+    auto packet = std::make_unique<RtpPacket>(RtpPacket::Unwritten{});
     startFecPacket(*packet, media, kind, static_cast<std::uint8_t>(row ? 1 : columns_),
                    static_cast<std::uint8_t>(row ? columns_ : rows_));
     writeBigEndian16(packet->view.data + 2, sequence++);

@@ -29,11 +29,14 @@ using FecPacketSink = std::function<void(std::shared_ptr<RtpPacket>)>;
 /// construction and destruction by the owner.
 class CFecComposer {
 public:
-    /// Draws the first sequence numbers from the runtime's `rand`, column stream first, then checks.
     /// Throws mvn::ExceptionTemplate<CFecComposer, mvn::MorvaneException> for a mode outside 0 to 3 and
     /// std::runtime_error for a size: rows 4 to 20 in every mode but 0, columns 4 to 20 in mode 3 and
     /// 1 to 20 in modes 1 and 2, columns x rows at most 100 always. Mode 0 refuses negative sizes and
     /// more than 100 columns too.
+    static void checkMatrix(std::int32_t mode, std::int32_t columns, std::int32_t rows);
+
+    /// Draws the first sequence numbers from the runtime's `rand`, column stream first; then checks the
+    /// matrix.
     CFecComposer(FecPacketSink sink, std::int32_t mode, std::int32_t columns, std::int32_t rows);
     /// Unfinished FEC packets are not handed on.
     ~CFecComposer() = default;
@@ -52,7 +55,8 @@ public:
     void advanceColumn();
 
 private:
-    void checkMatrix() const;
+    bool addToBoth(ConstRtpPacketView media);
+    void countInColumn(std::size_t column);
     std::unique_ptr<RtpPacket> start(ConstRtpPacketView media, FecKind kind, std::uint16_t& sequence) const;
     void handOn(std::unique_ptr<RtpPacket>& slot);
 

@@ -26,17 +26,15 @@ FecKind fecKind(ConstRtpPacketView fec) {
     return (fec.data[fec_header::direction] & fec_header::rowFlag) != 0 ? FecKind::row : FecKind::column;
 }
 
-bool isProtectable(ConstRtpPacketView media) {
-    // A packet that carries payload type 96 is taken for one with an FEC header, here as everywhere.
-    return media.length >= rtpHeaderSize && media.length <= maxMediaPacketSize &&
-           media.length >= media.payloadOffset();
-}
-
 void startFecPacket(RtpPacket& fec, ConstRtpPacketView media, FecKind kind, std::uint8_t offset,
                     std::uint8_t count) {
     using namespace fec_header;
     std::uint8_t* out = fec.view.data;
     fec.view.length = static_cast<std::uint16_t>(media.length + fecHeaderSize);
+    const std::size_t payloadEnd = fecPayloadOffset + media.payloadLength();
+    std::memset(out, 0, fecPayloadOffset);
+    std::memcpy(out + fecPayloadOffset, media.payload(), media.payloadLength());
+    std::memset(out + payloadEnd, 0, fec.bufferSize() - payloadEnd);
 
     out[0] = static_cast<std::uint8_t>(versionTwo | (media.data[0] & paddingBit));
     out[1] = static_cast<std::uint8_t>(fecPayloadType | (media.data[1] & markerBit));
@@ -49,24 +47,36 @@ void startFecPacket(RtpPacket& fec, ConstRtpPacketView media, FecKind kind, std:
     out[direction] = kind == FecKind::row ? rowFlag : 0;
     out[fec_header::offset] = offset;
     out[protectedCount] = count;
-
-    std::memcpy(out + fecPayloadOffset, media.payload(), media.payloadLength());
 }
 
-void addToFecPacket(RtpPacket& fec, ConstRtpPacketView media) {
+namespace {
+
+void addHeader(RtpPacket& fec, ConstRtpPacketView media) {
     using namespace fec_header;
     std::uint8_t* out = fec.view.data;
     out[0] ^= media.data[0] & paddingBit;
     out[1] ^= media.data[1] & markerBit;
     out[payloadTypeRecovery] ^= media.payloadType();
-    xorBytes(out + timestampRecovery, media.data + 4, 4);
+    writeBigEndian32(out + timestampRecovery, readBigEndian32(out + timestampRecovery) ^ media.timestamp());
     writeBigEndian16(out + lengthRecovery,
                      static_cast<std::uint16_t>(readBigEndian16(out + lengthRecovery) ^ media.length));
+    const auto reach = static_cast<std::uint16_t>(fecPayloadOffset + media.payloadLength());
+    fec.view.length = std::max(fec.view.length, reach);
+}
 
-    // Beyond `length` the buffer is zero, so XOR also copies what reaches past it.
-    const std::size_t count = media.payloadLength();
-    xorBytes(out + fecPayloadOffset, media.payload(), count);
-    fec.view.length = std::max(fec.view.length, static_cast<std::uint16_t>(fecPayloadOffset + count));
+}  // namespace
+
+// Beyond its length an FEC packet's buffer is zero, so XOR also copies what reaches past it.
+
+void addToFecPacket(RtpPacket& fec, ConstRtpPacketView media) {
+    addHeader(fec, media);
+    xorBytes(fec.fecPayload(), media.payload(), media.payloadLength());
+}
+
+void addToFecPackets(RtpPacket& first, RtpPacket& second, ConstRtpPacketView media) {
+    addHeader(first, media);
+    addHeader(second, media);
+    xorBytes(first.fecPayload(), second.fecPayload(), media.payload(), media.payloadLength());
 }
 
 }  // namespace mvrtpfec

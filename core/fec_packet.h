@@ -41,15 +41,21 @@ ProtectedRange protectedRange(ConstRtpPacketView fec);
 FecKind fecKind(ConstRtpPacketView fec);
 
 /// Media packets of 12 to 1400 bytes fit an FEC packet; others can't be protected.
-bool isProtectable(ConstRtpPacketView media);
+inline bool isProtectable(ConstRtpPacketView media) {
+    // A packet that carries payload type 96 is taken for one with an FEC header, here as everywhere.
+    return media.length >= rtpHeaderSize && media.length <= maxMediaPacketSize &&
+           media.length >= media.payloadOffset();
+}
 
-/// Makes a fresh `fec` (1416 zero bytes) the FEC packet of its first protected packet, with sequence
-/// number 0. `media` must be protectable.
+/// Writes all of `fec`, a buffer of 1416 bytes: the FEC packet of its first protected packet, with sequence
+/// number 0 and zeros behind its end. `media` must be protectable.
 void startFecPacket(RtpPacket& fec, ConstRtpPacketView media, FecKind kind, std::uint8_t offset,
                     std::uint8_t count);
 
 /// Folds one more protectable media packet in. Length recovery is, on purpose, the parity of whole
 /// packet lengths; the payload grows to the longest, shorter ones counting as extended with zeros.
 void addToFecPacket(RtpPacket& fec, ConstRtpPacketView media);
+/// The same for two FEC packets in one pass over the payload.
+void addToFecPackets(RtpPacket& first, RtpPacket& second, ConstRtpPacketView media);
 
 }  // namespace mvrtpfec

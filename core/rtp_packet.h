@@ -1,9 +1,10 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <type_traits>
-#include <vector>
 
 #include "core/big_endian.h"
 
@@ -65,25 +66,39 @@ using RtpPacketView = BasicRtpPacketView<std::uint8_t>;
 using ConstRtpPacketView = BasicRtpPacketView<const std::uint8_t>;
 
 /// One RTP packet that owns its wire bytes. Held by exclusive ownership; header fields are read and
-/// written in place through `view`.
+/// written in place through `view`. Packets up to the largest valid one live inside the object, so that
+/// one allocation makes a packet.
 class RtpPacket {
 public:
     /// Copies `count` bytes; the view's length is `count` modulo 65536. Nothing is checked.
     RtpPacket(const std::uint8_t* bytes, std::size_t count);
     /// An empty FEC packet: 1416 zero bytes, all of them in view.
     RtpPacket();
+    /// The same with bytes of any value, for one who writes them all.
+    struct Unwritten {};
+    explicit RtpPacket(Unwritten);
 
     RtpPacket(const RtpPacket&) = delete;
     RtpPacket& operator=(const RtpPacket&) = delete;
 
     /// Sets the buffer to `count` bytes, new ones zero. The view's length stays as it is.
     void resize(std::size_t count);
-    std::size_t bufferSize() const { return buffer_.size(); }
+    std::size_t bufferSize() const { return size_; }
 
     bool isValid() const { return view.isValid(); }
 
+    /// The payload of an FEC packet, on a vector's boundary: it is what gets XORed over and over.
+    std::uint8_t* fecPayload() { return std::assume_aligned<vectorWidth>(view.data + fecPayloadOffset); }
+
 private:
-    std::vector<std::uint8_t> buffer_;
+    static constexpr std::size_t vectorWidth = 16;
+    static constexpr std::size_t lead = vectorWidth - fecPayloadOffset % vectorWidth;
+
+    std::uint8_t* reserve(std::size_t count);
+
+    std::size_t size_;
+    std::unique_ptr<std::uint8_t[]> large_;
+    alignas(vectorWidth) std::array<std::uint8_t, lead + maxFecPacketSize> inline_;
 
 public:
     /// `data` is the start of the buffer; `length`, the bytes in use, is never more than it holds.

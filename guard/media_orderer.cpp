@@ -19,8 +19,8 @@ int serialDistance(std::uint16_t from, std::uint16_t to) {
 
 }  // namespace
 
-MediaOrderer::MediaOrderer(std::size_t window, Output output)
-    : window_(window), output_(std::move(output)), slots_(window) {}
+MediaOrderer::MediaOrderer(std::size_t window, std::size_t startHold, Output output)
+    : window_(window), startHold_(startHold), output_(std::move(output)), slots_(window) {}
 
 std::optional<std::uint16_t> MediaOrderer::position() const {
     if (!collecting_) return static_cast<std::uint16_t>(next_ - 1);
@@ -31,7 +31,7 @@ std::optional<std::uint16_t> MediaOrderer::position() const {
 void MediaOrderer::push(std::unique_ptr<RtpPacket> packet) {
     if (!collecting_) return place(std::move(packet));
     collected_.push_back(std::move(packet));
-    if (collected_.size() >= window_) begin();
+    if (collected_.size() >= startHold_) begin();
 }
 
 void MediaOrderer::begin() {

@@ -17,7 +17,7 @@ namespace mvrtpfec {
 /// A missing number is given up when a packet `window` numbers ahead of it arrives, so a packet that is
 /// overtaken by fewer than that is put back in its place. A packet far off, or of another source
 /// (SSRC), waits for a second one that follows it (after RFC 3550 appendix A.1); then the order
-/// jumps to it. The first packets of a run are collected, at most a window of them, until begin().
+/// jumps to it. The first packets of a run are collected until begin(), at most `startHold` of them.
 class MediaOrderer {
 public:
     struct Output {
@@ -34,8 +34,8 @@ public:
         std::uint64_t restarts = 0;
     };
 
-    /// `window` is at least 1.
-    MediaOrderer(std::size_t window, Output output);
+    /// `window` and `startHold` are at least 1.
+    MediaOrderer(std::size_t window, std::size_t startHold, Output output);
 
     void push(std::unique_ptr<RtpPacket> packet);
     /// Ends the collecting at the start of a run.
@@ -62,6 +62,7 @@ private:
     void step();
 
     std::size_t window_;
+    std::size_t startHold_;
     Output output_;
     Figures figures_;
     bool collecting_ = true;

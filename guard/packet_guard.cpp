@@ -7,13 +7,12 @@ namespace mvrtpfec {
 
 namespace {
 
-constexpr std::size_t maxWindow = 1000;
+constexpr std::size_t maxHeld = 1000;
 constexpr std::uint16_t lastNumber = 65535;
 
-std::size_t checkedWindow(std::size_t window) {
-    if (window < 1 || window > maxWindow)
-        throw std::invalid_argument("the guard's window must be 1 to 1000 packets");
-    return window;
+std::size_t checked(std::size_t packets, const char* message) {
+    if (packets < 1 || packets > maxHeld) throw std::invalid_argument(message);
+    return packets;
 }
 
 /// As far from `number` as a sequence number can be.
@@ -34,10 +33,12 @@ bool isAcceptable(ConstRtpPacketView packet) {
 
 PacketGuard::PacketGuard(Output output, const GuardSettings& settings)
     : output_(std::move(output)),
-      orderer_(checkedWindow(settings.window), {[this](std::unique_ptr<RtpPacket> media, bool afterHole) {
-                                                    handOnMedia(std::move(media), afterHole);
-                                                },
-                                                [this] { onRestart(); }}) {}
+      orderer_(checked(settings.window, "the guard's window must be 1 to 1000 packets"),
+               checked(settings.startHold, "the guard's start hold must be 1 to 1000 packets"),
+               {[this](std::unique_ptr<RtpPacket> media, bool afterHole) {
+                    handOnMedia(std::move(media), afterHole);
+                },
+                [this] { onRestart(); }}) {}
 
 void PacketGuard::push(std::unique_ptr<RtpPacket> packet) {
     if (!isAcceptable(packet->view))
@@ -74,8 +75,8 @@ void PacketGuard::pushFec(std::unique_ptr<RtpPacket> fec) {
     matrix_.learn(kind, range);
     watch_.addGroup(range);
     handOnFec(std::move(fec), kind);
-    // A decoder that knows the matrix before the first packets keeps them long enough to repair them.
-    orderer_.begin();
+    // Only now does the decoder keep the first packets long enough for columns to repair them.
+    if (kind == FecKind::column) orderer_.begin();
 }
 
 void PacketGuard::handOnFec(std::unique_ptr<RtpPacket> fec, FecKind kind) {

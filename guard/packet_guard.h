@@ -19,6 +19,9 @@ enum class ReceiverInput : std::uint8_t { media = 0, columnFec = 1, rowFec = 2 }
 
 struct GuardSettings {
     std::size_t window = 20;  ///< packets by which one may be overtaken and still be put in its place
+    /// Packets held back at most at the start of a run, until a column FEC packet has told the decoder
+    /// how long to keep them. It holds more than one of our matrices, and less than the decoder does.
+    std::size_t startHold = 128;
 };
 
 /// Counters since construction, in packets; `holesSkipped` counts runs of missing numbers.
@@ -46,7 +49,7 @@ class PacketGuard {
 public:
     using Output = std::function<void(ReceiverInput, std::unique_ptr<RtpPacket>)>;
 
-    /// Throws std::invalid_argument for a window outside 1 to 1000.
+    /// Throws std::invalid_argument for a window or a start hold outside 1 to 1000.
     explicit PacketGuard(Output output, const GuardSettings& settings = {});
 
     PacketGuard(const PacketGuard&) = delete;

@@ -14,7 +14,9 @@
 
 using HRESULT = std::int32_t;
 
-constexpr HRESULT makeHresult(std::uint32_t bits) { return static_cast<HRESULT>(bits); }
+constexpr HRESULT makeHresult(std::uint32_t bits) {
+    return static_cast<HRESULT>(bits);
+}
 
 constexpr HRESULT S_OK = 0;
 constexpr HRESULT S_FALSE = 1;
@@ -28,7 +30,11 @@ constexpr HRESULT E_ACCESSDENIED = makeHresult(0x80070005);
 constexpr HRESULT E_OUTOFMEMORY = makeHresult(0x8007000E);
 constexpr HRESULT E_INVALIDARG = makeHresult(0x80070057);
 
-constexpr bool SUCCEEDED(HRESULT result) { return result >= 0; }
-constexpr bool FAILED(HRESULT result) { return result < 0; }
+constexpr bool SUCCEEDED(HRESULT result) {
+    return result >= 0;
+}
+constexpr bool FAILED(HRESULT result) {
+    return result < 0;
+}
 
 #endif

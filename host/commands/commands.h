@@ -1,0 +1,20 @@
+#pragma once
+
+#include <stdexcept>
+
+#include <CLI/CLI.hpp>
+
+namespace mvrtpfec {
+
+/// Arguments that can't be meant; the program ends with status 2.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// Each adds one command with its options and help; it runs when the command line has been parsed.
+void addProtectCommand(CLI::App& app);
+void addRepairCommand(CLI::App& app);
+void addSimulateCommand(CLI::App& app);
+
+}  // namespace mvrtpfec

@@ -1,0 +1,55 @@
+#include "host/commands/program.h"
+
+#include <csignal>
+#include <cstdio>
+#include <exception>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "host/commands/commands.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+enum ExitStatus : int { done = 0, failed = 1, wrongUsage = 2 };
+
+int complain(const char* what, ExitStatus status) {
+    fmt::print(stderr, "mvrtpfec: {}\n", what);
+    return status;
+}
+
+/// Help and version asked for end well; every other parse error is wrong usage.
+int answer(const CLI::App& app, const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) return app.exit(error);
+    return complain(error.what(), wrongUsage);
+}
+
+}  // namespace
+
+int runProgram(int argc, char** argv) {
+    // A closed pipe is an error of the write, told like any other.
+    std::signal(SIGPIPE, SIG_IGN);
+
+    CLI::App app("Packet-level FEC for MPEG-2 transport streams over RTP.", "mvrtpfec");
+    app.set_version_flag("--version", "mvrtpfec " MVRTPFEC_VERSION);
+    app.require_subcommand(1);
+    app.footer("Each command has its own help: mvrtpfec protect --help");
+    addProtectCommand(app);
+    addRepairCommand(app);
+    addSimulateCommand(app);
+
+    try {
+        app.parse(argc, argv);
+        return done;
+    } catch (const CLI::ParseError& error) {
+        return answer(app, error);
+    } catch (const UsageError& error) {
+        return complain(error.what(), wrongUsage);
+    } catch (const std::exception& error) {
+        return complain(error.what(), failed);
+    }
+}
+
+}  // namespace mvrtpfec

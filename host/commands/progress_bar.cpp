@@ -1,0 +1,37 @@
+#include "host/commands/progress_bar.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+namespace mvrtpfec {
+
+namespace {
+
+constexpr auto patience = std::chrono::seconds(1);
+constexpr auto interval = std::chrono::milliseconds(100);
+constexpr int width = 40;
+
+}  // namespace
+
+ProgressBar::ProgressBar() : terminal_(isatty(STDERR_FILENO) == 1), next_(Clock::now() + patience) {}
+
+ProgressBar::~ProgressBar() {
+    if (shown_) std::fputs("\r\033[K", stderr);
+}
+
+void ProgressBar::look(double share) {
+    const auto now = Clock::now();
+    if (now < next_) return;
+    next_ = now + interval;
+    shown_ = true;
+    const int filled = static_cast<int>(std::clamp(share, 0.0, 1.0) * width);
+    fmt::print(stderr, "\r[{}{}] {:3.0f} %", std::string(static_cast<std::size_t>(filled), '#'),
+               std::string(static_cast<std::size_t>(width - filled), '.'), share * 100);
+    std::fflush(stderr);
+}
+
+}  // namespace mvrtpfec

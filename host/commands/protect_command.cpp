@@ -1,0 +1,94 @@
+#include <memory>
+#include <string>
+
+#include <fmt/format.h>
+
+#include "host/commands/commands.h"
+#include "host/commands/options.h"
+#include "host/commands/progress_bar.h"
+#include "host/commands/report.h"
+#include "host/io/packet_sink.h"
+#include "host/io/packet_source.h"
+#include "host/stages/fec_sender.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+struct ProtectOptions {
+    std::string in;
+    std::string out;
+    MatrixConfig matrix;
+    std::uint16_t port = defaultMediaPort;
+};
+
+struct ProtectFigures {
+    std::uint64_t media = 0;
+    std::uint64_t passedOver = 0;
+    std::uint64_t fecA = 0;
+    std::uint64_t fecB = 0;
+};
+
+/// Copies the media and adds the FEC packets that each media packet completes behind it.
+ProtectFigures protectStream(PacketSource& source, PacketSink& sink, const MatrixConfig& matrix) {
+    ProtectFigures figures;
+    Datagram media;
+    Datagram fec;
+    FecSender sender(matrix, [&](StreamPort port, ConstRtpPacketView packet) {
+        ++(port == StreamPort::fecA ? figures.fecA : figures.fecB);
+        fec.port = port;
+        fec.time = media.time;
+        fec.payload.assign(packet.data, packet.data + packet.length);
+        sink.write(fec);
+    });
+
+    ProgressBar progress;
+    while (source.read(media)) {
+        progress.update([&] { return source.progress(); });
+        if (media.port != StreamPort::media) continue;
+        ++figures.media;
+        sink.write(media);
+        if (!isProtectable(viewOf(media.payload)))
+            ++figures.passedOver;
+        else
+            sender.push(viewOf(media.payload));
+    }
+    sink.finish();
+    return figures;
+}
+
+void runProtect(const ProtectOptions& options) {
+    checkMatrix(options.matrix);
+    requireFormat(options.in);
+    if (requireFormat(options.out) == FileFormat::transportStream)
+        throw UsageError(options.out + ": a .ts file can't carry FEC packets; name a .pcap or .pcapng file");
+
+    const auto source = openSource(options.in, options.port);
+    const auto sink = openSink(options.out, options.port, source->addressing());
+    const ProtectFigures figures = protectStream(*source, *sink, options.matrix);
+
+    Table table{{"media packets", std::to_string(figures.media)},
+                {"FEC on FECA", std::to_string(figures.fecA)},
+                {"FEC on FECB", std::to_string(figures.fecB)}};
+    if (figures.passedOver > 0) table.emplace_back("not protected", std::to_string(figures.passedOver));
+    addSourceRows(table, *source);
+    publish(fmt::format("{} -> {}", options.in, options.out), table, "", {}, "");
+}
+
+}  // namespace
+
+void addProtectCommand(CLI::App& app) {
+    const auto options = std::make_shared<ProtectOptions>();
+    CLI::App* command = app.add_subcommand("protect", "Add FEC packets to the media of a file or capture");
+    command->add_option("IN", options->in, "Media to protect: .ts, .pcap or .pcapng")->required();
+    command->add_option("OUT", options->out, "Capture to write, media and FEC: .pcap or .pcapng")->required();
+    addMatrixOptions(*command, options->matrix);
+    addPortOption(*command, options->port);
+    command->footer(
+        "Examples:\n"
+        "  mvrtpfec protect movie.ts movie.pcap --mode both --columns 10 --rows 10\n"
+        "  mvrtpfec protect feed.pcapng feed-fec.pcapng --mode column --columns 5 --rows 10 --port 6000");
+    command->callback([options] { runProtect(*options); });
+}
+
+}  // namespace mvrtpfec

@@ -1,0 +1,77 @@
+#include <memory>
+#include <string>
+
+#include <fmt/format.h>
+
+#include "host/commands/commands.h"
+#include "host/commands/options.h"
+#include "host/commands/progress_bar.h"
+#include "host/commands/report.h"
+#include "host/io/packet_sink.h"
+#include "host/io/packet_source.h"
+#include "host/stages/repair_chain.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+struct RepairOptions {
+    std::string in;
+    std::string out;
+    std::string json;
+    std::uint16_t port = defaultMediaPort;
+    bool guard = false;
+};
+
+/// Delivered packets bear the time of the packet that set them free, as a receiver would send them.
+RepairFigures repairStream(PacketSource& source, PacketSink& sink, bool guard) {
+    Datagram in;
+    Datagram out;
+    RepairChain chain(guard, [&](ConstRtpPacketView packet) {
+        out.time = in.time;
+        out.payload.assign(packet.data, packet.data + packet.length);
+        sink.write(out);
+    });
+
+    ProgressBar progress;
+    while (source.read(in)) {
+        progress.update([&] { return source.progress(); });
+        chain.push(in.port, in.payload);
+    }
+    chain.finish();
+    sink.finish();
+    return chain.figures();
+}
+
+void runRepair(const RepairOptions& options) {
+    requireFormat(options.in);
+    requireFormat(options.out);
+    const auto source = openSource(options.in, options.port);
+    const auto sink = openSink(options.out, options.port, source->addressing());
+    const RepairFigures figures = repairStream(*source, *sink, options.guard);
+
+    Table table;
+    addRows(table, figures);
+    addSourceRows(table, *source);
+    publish(fmt::format("{} -> {}", options.in, options.out), table, "", toJson(figures), options.json);
+}
+
+}  // namespace
+
+void addRepairCommand(CLI::App& app) {
+    const auto options = std::make_shared<RepairOptions>();
+    CLI::App* command =
+        app.add_subcommand("repair", "Rebuild lost media packets of a capture from its FEC packets");
+    command->add_option("IN", options->in, "Capture of media and FEC: .pcap or .pcapng")->required();
+    command->add_option("OUT", options->out, "Repaired media to write: .ts, .pcap or .pcapng")->required();
+    addPortOption(*command, options->port);
+    addGuardOption(*command, options->guard);
+    addJsonOption(*command, options->json);
+    command->footer(
+        "Examples:\n"
+        "  mvrtpfec repair feed-fec.pcap repaired.ts --guard on\n"
+        "  mvrtpfec repair feed-fec.pcapng repaired.pcapng --port 6000 --json -");
+    command->callback([options] { runRepair(*options); });
+}
+
+}  // namespace mvrtpfec

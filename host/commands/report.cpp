@@ -1,0 +1,70 @@
+#include "host/commands/report.h"
+
+#include <cerrno>
+#include <cstdio>
+
+#include <fmt/format.h>
+
+#include "host/io/file_error.h"
+#include "host/io/output_file.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+void writeJson(const nlohmann::ordered_json& json, const std::string& path) {
+    const std::string text = json.dump(2) + "\n";
+    OutputFile file(path == "-" ? "/dev/stdout" : path);
+    file.write({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+    file.finish();
+}
+
+}  // namespace
+
+nlohmann::ordered_json toJson(const RepairFigures& figures) {
+    const ReceiverFigures& receiver = figures.receiver;
+    nlohmann::ordered_json json{{"received", receiver.received},  {"lost", receiver.lost},
+                                {"rebuilt", receiver.rebuilt},    {"abandoned", receiver.abandoned},
+                                {"delivered", figures.delivered}, {"resets", receiver.resets},
+                                {"runts", figures.runts}};
+    if (!figures.guard) return json;
+    json.update({{"late", figures.guard->late},
+                 {"repeated", figures.guard->repeated},
+                 {"holes_skipped", figures.guard->holesSkipped},
+                 {"fec_kept_back", figures.guard->fecKeptBack},
+                 {"foreign", figures.guard->foreign},
+                 {"restarts", figures.guard->restarts}});
+    return json;
+}
+
+void addRows(Table& table, const RepairFigures& figures) {
+    const ReceiverFigures& receiver = figures.receiver;
+    table.emplace_back("received", std::to_string(receiver.received));
+    table.emplace_back("found missing", std::to_string(receiver.lost));
+    table.emplace_back("rebuilt", std::to_string(receiver.rebuilt));
+    table.emplace_back("abandoned", std::to_string(receiver.abandoned));
+    table.emplace_back("delivered", std::to_string(figures.delivered));
+    table.emplace_back("decoder resets", std::to_string(receiver.resets));
+    if (figures.runts > 0) table.emplace_back("runts left out", std::to_string(figures.runts));
+    if (!figures.guard) return;
+    table.emplace_back("late", std::to_string(figures.guard->late));
+    table.emplace_back("repeated", std::to_string(figures.guard->repeated));
+    table.emplace_back("holes skipped", std::to_string(figures.guard->holesSkipped));
+    table.emplace_back("FEC kept back", std::to_string(figures.guard->fecKeptBack));
+}
+
+void addSourceRows(Table& table, const PacketSource& source) {
+    if (source.cutDatagrams() > 0) table.emplace_back("cut, left out", std::to_string(source.cutDatagrams()));
+}
+
+void publish(const std::string& title, const Table& table, const std::string& verdict,
+             const nlohmann::ordered_json& json, const std::string& path) {
+    std::FILE* out = path == "-" ? stderr : stdout;
+    fmt::print(out, "{}\n", title);
+    for (const auto& [name, value] : table) fmt::print(out, "  {:<16} {:>10}\n", name, value);
+    if (!verdict.empty()) fmt::print(out, "{}\n", verdict);
+    if (std::fflush(out) != 0) throw FileError("standard output", "could not be written", errno);
+    if (!path.empty()) writeJson(json, path);
+}
+
+}  // namespace mvrtpfec

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "host/io/packet_source.h"
+#include "host/stages/repair_chain.h"
+
+namespace mvrtpfec {
+
+/// Lines of a short table, each a name and what was counted.
+using Table = std::vector<std::pair<std::string, std::string>>;
+
+nlohmann::ordered_json toJson(const RepairFigures& figures);
+void addRows(Table& table, const RepairFigures& figures);
+/// What the source had to leave out, if anything.
+void addSourceRows(Table& table, const PacketSource& source);
+
+/// Prints the table, on standard error where the JSON has standard output for itself, and writes the
+/// JSON object where `path` says ("" nowhere, "-" standard output). Throws FileError.
+void publish(const std::string& title, const Table& table, const std::string& verdict,
+             const nlohmann::ordered_json& json, const std::string& path);
+
+}  // namespace mvrtpfec

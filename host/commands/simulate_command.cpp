@@ -1,0 +1,175 @@
+#include <memory>
+#include <string>
+
+#include <fmt/format.h>
+
+#include "host/commands/commands.h"
+#include "host/commands/options.h"
+#include "host/commands/progress_bar.h"
+#include "host/commands/report.h"
+#include "host/commands/sample_file.h"
+#include "host/io/packet_sink.h"
+#include "host/io/packet_source.h"
+#include "host/stages/channel.h"
+#include "host/stages/repair_chain.h"
+#include "host/stages/sent_history.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+struct SimulateOptions {
+    std::string in;
+    std::string output;
+    std::string json;
+    MatrixConfig matrix;
+    ChannelConfig channel;
+    std::uint16_t port = defaultMediaPort;
+    bool guard = true;
+};
+
+struct SimulateFigures {
+    RepairFigures repair;
+    std::uint64_t sent = 0;
+    std::uint64_t droppedMedia = 0;
+    std::uint64_t droppedFec = 0;
+    std::uint64_t mismatched = 0;
+    bool whole = false;
+
+    std::int64_t missing() const { return static_cast<std::int64_t>(sent - repair.delivered); }
+};
+
+std::vector<std::uint8_t> bytesOf(ConstRtpPacketView packet) {
+    return {packet.data, packet.data + packet.length};
+}
+
+/// Sender, channel and receiver in a row; the output, if any, gets the repaired stream.
+SimulateFigures simulateStream(PacketSource& source, PacketSink* output, const SimulateOptions& options) {
+    SentHistory history;
+    Datagram delivered;
+    RepairChain receiver(options.guard, [&](ConstRtpPacketView packet) {
+        history.check(packet);
+        if (output == nullptr) return;
+        delivered.payload = bytesOf(packet);
+        output->write(delivered);
+    });
+    Channel channel(options.channel, [&](StreamPort port, const std::vector<std::uint8_t>& packet) {
+        receiver.push(port, packet);
+    });
+    FecSender sender(options.matrix, [&](StreamPort port, ConstRtpPacketView packet) {
+        channel.push(port, bytesOf(packet));
+    });
+
+    ProgressBar progress;
+    Datagram media;
+    while (source.read(media)) {
+        progress.update([&] { return source.progress(); });
+        if (media.port != StreamPort::media || !viewOf(media.payload).isValid()) continue;
+        history.add(viewOf(media.payload));
+        channel.push(StreamPort::media, media.payload);
+        sender.push(viewOf(media.payload));
+    }
+    channel.finish();
+    receiver.finish();
+    if (output != nullptr) output->finish();
+    return {receiver.figures(),   history.sent(),       channel.droppedMedia(),
+            channel.droppedFec(), history.mismatched(), history.isWhole()};
+}
+
+std::string verdict(const SimulateFigures& figures) {
+    if (figures.whole) return "The repaired stream equals the source.";
+    if (figures.mismatched > 0)
+        return fmt::format("The repaired stream differs from the source: {} packets are wrong.",
+                           figures.mismatched);
+    if (figures.missing() > 0)
+        return fmt::format("The repaired stream is not whole: {} of {} packets are missing.",
+                           figures.missing(), figures.sent);
+    return "The repaired stream differs from the source: packets came twice or out of order.";
+}
+
+void report(const SimulateOptions& options, const SimulateFigures& figures) {
+    auto json = toJson(figures.repair);
+    json.update({{"sent", figures.sent},
+                 {"dropped_media", figures.droppedMedia},
+                 {"dropped_fec", figures.droppedFec},
+                 {"missing", figures.missing()},
+                 {"mismatched", figures.mismatched},
+                 {"whole", figures.whole},
+                 {"seed", options.channel.seed}});
+
+    Table table{{"sent", std::to_string(figures.sent)},
+                {"media dropped", std::to_string(figures.droppedMedia)},
+                {"FEC dropped", std::to_string(figures.droppedFec)}};
+    addRows(table, figures.repair);
+    table.emplace_back("missing", std::to_string(figures.missing()));
+    table.emplace_back("mismatched", std::to_string(figures.mismatched));
+    const std::string title =
+        fmt::format("{} x {}, {:g} % loss, seed {}, guard {}", options.matrix.columns, options.matrix.rows,
+                    options.channel.loss * 100, options.channel.seed, options.guard ? "on" : "off");
+    publish(title, table, verdict(figures), json, options.json);
+}
+
+void runSimulate(SimulateOptions options) {
+    checkMatrix(options.matrix);
+    try {
+        checkChannel(options.channel);
+    } catch (const std::invalid_argument& error) {
+        throw UsageError(error.what());
+    }
+    const std::string in = options.in.empty() ? findSample().string() : options.in;
+    requireFormat(in);
+    const auto source = openSource(in, options.port);
+    std::unique_ptr<PacketSink> output;
+    if (!options.output.empty()) {
+        requireFormat(options.output);
+        output = openSink(options.output, options.port, source->addressing());
+    }
+    report(options, simulateStream(*source, output.get(), options));
+}
+
+void addChannelOptions(CLI::App& command, ChannelConfig& channel) {
+    command.add_option("--loss", channel.loss, "Average share of packets lost")
+        ->capture_default_str()
+        ->type_name("SHARE");
+    command.add_option("--fec-loss", channel.fecLoss, "The same for FEC packets, where it differs")
+        ->type_name("SHARE");
+    command
+        .add_option("--burst", channel.burst, "Mean length of a loss burst in packets; 1 is independent loss")
+        ->capture_default_str()
+        ->type_name("N");
+    command.add_option("--reorder", channel.reorder, "Places by which a packet may be overtaken")
+        ->check(CLI::Range(0, maxReorder))
+        ->capture_default_str()
+        ->type_name("N");
+    command.add_option("--duplicate", channel.duplicate, "Share of packets that come twice")
+        ->capture_default_str()
+        ->type_name("SHARE");
+    command.add_option("--seed", channel.seed, "Seed of the channel: the same seed, the same losses")
+        ->capture_default_str()
+        ->type_name("S");
+}
+
+}  // namespace
+
+void addSimulateCommand(CLI::App& app) {
+    const auto options = std::make_shared<SimulateOptions>();
+    CLI::App* command = app.add_subcommand("simulate", "Send a stream through a lossy channel and repair it");
+    command->add_option("IN", options->in, "Media: .ts, .pcap or .pcapng; left out: a sample of our own");
+    addMatrixOptions(*command, options->matrix);
+    addChannelOptions(*command, options->channel);
+    addPortOption(*command, options->port);
+    addGuardOption(*command, options->guard);
+    command->add_option("--output", options->output, "Write the repaired stream: .ts, .pcap or .pcapng")
+        ->type_name("FILE");
+    addJsonOption(*command, options->json);
+    command->footer(
+        "Examples:\n"
+        "  mvrtpfec simulate --mode both --columns 10 --rows 10 --loss 0.03\n"
+        "  mvrtpfec simulate movie.ts --mode row --columns 8 --rows 4 --burst 5 --seed 7 --output out.ts");
+    command->callback([command, options] {
+        if (command->count("--fec-loss") == 0) options->channel.fecLoss = options->channel.loss;
+        runSimulate(*options);
+    });
+}
+
+}  // namespace mvrtpfec

@@ -1,0 +1,27 @@
+#include "host/io/file_format.h"
+
+#include <string>
+
+#include "host/io/file_error.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+std::string lowerCase(std::string text) {
+    for (char& c : text)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return text;
+}
+
+}  // namespace
+
+FileFormat formatOf(const std::filesystem::path& path) {
+    const std::string extension = lowerCase(path.extension().string());
+    if (extension == ".ts") return FileFormat::transportStream;
+    if (extension == ".pcap") return FileFormat::pcap;
+    if (extension == ".pcapng") return FileFormat::pcapng;
+    throw FileError(path, "the name must end in .ts, .pcap or .pcapng");
+}
+
+}  // namespace mvrtpfec

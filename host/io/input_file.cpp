@@ -1,0 +1,45 @@
+#include "host/io/input_file.h"
+
+#include <cerrno>
+#include <utility>
+
+#include <sys/stat.h>
+
+#include "host/io/file_error.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+void refuseEmpty(std::FILE* stream, const std::filesystem::path& path) {
+    errno = 0;
+    const int first = std::fgetc(stream);
+    if (first != EOF) {
+        std::ungetc(first, stream);
+        return;
+    }
+    if (std::ferror(stream) != 0) throw FileError(path, "cannot read", errno);
+    throw FileError(path, "the file is empty");
+}
+
+}  // namespace
+
+InputFile::InputFile(std::filesystem::path path)
+    : path_(std::move(path)), stream_(std::fopen(path_.c_str(), "rb")) {
+    if (!stream_) throw FileError(path_, "cannot open", errno);
+    struct stat status {};
+    if (fstat(fileno(stream_.get()), &status) == 0 && S_ISREG(status.st_mode))
+        size_ = static_cast<double>(status.st_size);
+    refuseEmpty(stream_.get(), path_);
+}
+
+InputFile::InputFile(std::FILE* stream, std::filesystem::path path)
+    : path_(std::move(path)), stream_(stream) {}
+
+double InputFile::progress(std::FILE* stream) const {
+    if (size_ <= 0) return 0;
+    const double read = static_cast<double>(ftello(stream)) / size_;
+    return read < 1 ? read : 1;
+}
+
+}  // namespace mvrtpfec

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace mvrtpfec {
+
+/// A file being written. A regular file comes to life under a temporary name in the same directory,
+/// ".mvrtpfec-PID-N.part", and takes its own name in finish(); until then a file that was there before
+/// stays as it was. Devices, FIFOs and paths such as /dev/stdout are written directly.
+///
+/// Writes are gathered in a buffer. Every failure is a FileError that names the file asked for and the
+/// system's reason; to get one for a closed pipe or a file size limit too, opening a file makes the whole
+/// process ignore SIGPIPE and SIGXFSZ. A killed process leaves its temporary file. One thread.
+class OutputFile {
+public:
+    explicit OutputFile(std::filesystem::path path);
+
+    /// Without finish() before: removes the temporary file, drops what is buffered.
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    void write(std::span<const std::uint8_t> bytes);
+
+    /// Writes out what is buffered and puts the file in its place. Once, as the last call.
+    void finish();
+
+private:
+    void openDirectly(const char* name);
+    void openBeside(mode_t modeOfOld);
+    void flush();
+    [[noreturn]] void fail(const char* action) const;
+
+    std::filesystem::path path_;       ///< as asked for
+    std::filesystem::path target_;     ///< with links followed; empty when written directly
+    std::filesystem::path temporary_;  ///< empty when written directly, and after finish()
+    int descriptor_ = -1;
+    std::vector<std::uint8_t> buffer_;
+};
+
+}  // namespace mvrtpfec

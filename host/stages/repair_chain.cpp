@@ -1,0 +1,121 @@
+#include "host/stages/repair_chain.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "core/fec_packet.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+/// Further ahead a number belongs to another run of the source.
+constexpr int sameRun = 1024;
+
+/// The widest window the decoder can learn holds fewer.
+constexpr std::uint32_t maxPadding = 65535;
+
+int serialDistance(std::uint16_t from, std::uint16_t to) {
+    return static_cast<std::int16_t>(static_cast<std::uint16_t>(to - from));
+}
+
+}  // namespace
+
+RepairChain::RepairChain(bool guarded, Output output)
+    : output_(std::move(output)),
+      receiver_(std::make_unique<FecReceiver>([this](ConstRtpPacketView packet) { deliver(packet); })) {
+    if (!guarded) return;
+    guard_ = std::make_unique<PacketGuard>([this](ReceiverInput input, std::unique_ptr<RtpPacket> packet) {
+        receiver_->push(static_cast<std::size_t>(input), std::move(packet));
+    });
+}
+
+void RepairChain::push(StreamPort port, const std::vector<std::uint8_t>& datagram) {
+    if (datagram.size() < rtpHeaderSize) {
+        ++runts_;
+        return;
+    }
+    auto packet = std::make_unique<RtpPacket>(datagram.data(), datagram.size());
+    const auto input = static_cast<std::size_t>(port);
+    if (packet->view.payloadType() == mediaPayloadType) mediaInput_ = input;
+    note(packet->view);
+    feed(input, std::move(packet));
+}
+
+void RepairChain::feed(std::size_t input, std::unique_ptr<RtpPacket> packet) {
+    if (guard_)
+        guard_->push(std::move(packet));
+    else
+        receiver_->push(input, std::move(packet));
+    rethrowOutputError();
+}
+
+/// An FEC packet leaves its sender after all the packets it protects, so it tells of media packets that
+/// were sent last and never came.
+void RepairChain::note(ConstRtpPacketView packet) {
+    if (packet.payloadType() == mediaPayloadType) {
+        const std::uint16_t number = packet.sequenceNumber();
+        const int ahead = newest_ ? serialDistance(*newest_, number) : 1;
+        if (ahead > 0 || ahead < -sameRun) newest_ = number;
+        ssrc_ = packet.ssrc();
+    } else if (packet.payloadType() == fecPayloadType && packet.length >= fecPayloadOffset && newest_) {
+        const std::uint16_t last = protectedRange(packet).last;
+        const int ahead = serialDistance(*newest_, last);
+        if (ahead > 0 && ahead < sameRun) newest_ = last;
+    }
+}
+
+void RepairChain::finish() {
+    if (guard_) guard_->flush();
+    rethrowOutputError();
+    if (!newest_) return;
+    firstPadding_ = static_cast<std::uint16_t>(*newest_ + 1);
+    // Where the first padding packet waits behind a hole the receiver gives it up; a second one then
+    // takes its place, and without a hole it is the second that goes.
+    if (!guard_) feed(mediaInput_, makePadding(firstPadding_));
+    while (!drained_ && paddingPushed_ < maxPadding) {
+        const auto number = static_cast<std::uint16_t>(firstPadding_ + paddingPushed_++);
+        feed(mediaInput_, makePadding(number));
+    }
+}
+
+/// A bare header: no sender makes a media packet without payload.
+std::unique_ptr<RtpPacket> RepairChain::makePadding(std::uint16_t number) const {
+    std::array<std::uint8_t, rtpHeaderSize> bytes{versionTwo, mediaPayloadType};
+    writeBigEndian16(&bytes[2], number);
+    writeBigEndian32(&bytes[8], ssrc_);
+    return std::make_unique<RtpPacket>(bytes.data(), bytes.size());
+}
+
+bool RepairChain::isPadding(ConstRtpPacketView packet) const {
+    const int place = serialDistance(firstPadding_, packet.sequenceNumber());
+    return paddingPushed_ > 0 && packet.length == rtpHeaderSize && place >= 0;
+}
+
+void RepairChain::deliver(ConstRtpPacketView packet) {
+    if (isPadding(packet)) {
+        drained_ = true;
+        return;
+    }
+    ++delivered_;
+    try {
+        output_(packet);
+    } catch (...) {
+        // The decoder goes on with the next packet whatever happens here; the caller must not.
+        if (!outputError_) outputError_ = std::current_exception();
+    }
+}
+
+void RepairChain::rethrowOutputError() {
+    if (outputError_) std::rethrow_exception(std::exchange(outputError_, nullptr));
+}
+
+RepairFigures RepairChain::figures() const {
+    RepairFigures figures{receiver_->figures(), delivered_, runts_, std::nullopt};
+    figures.receiver.received -= std::min<std::uint64_t>(figures.receiver.received, paddingPushed_);
+    if (guard_) figures.guard = guard_->figures();
+    return figures;
+}
+
+}  // namespace mvrtpfec

@@ -1,0 +1,153 @@
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+
+#include "host/io/frame_layers.h"
+#include "host/io/frame_template.h"
+#include "tests/host/io_test_frames.h"
+
+namespace mvrtpfec {
+namespace {
+
+const Wrapping ethernet = allWrappings()[0];
+const Wrapping ethernetIpv6 = allWrappings()[2];
+const std::size_t ethernetIp = 14;
+
+Bytes payloadOf(const Bytes& frame, const FrameLayers& layers) {
+    const auto at = frame.begin() + static_cast<std::ptrdiff_t>(layers.payload);
+    return Bytes(at, at + static_cast<std::ptrdiff_t>(layers.payloadSize));
+}
+
+TEST(FrameLayers, FindsTheDatagramInEveryWrapping) {
+    const Bytes packet = rtpPacket(1, 33);
+    for (const Wrapping& how : allWrappings()) {
+        SCOPED_TRACE(how.name);
+        const Bytes frame = wrap(how, 5006, packet);
+        const auto layers = locateUdp(how.linkType, frame);
+        ASSERT_TRUE(layers && layers->complete);
+        EXPECT_EQ(layers->destinationPort, 5006);
+        EXPECT_EQ(payloadOf(frame, *layers), packet);
+    }
+}
+
+TEST(FrameLayers, LeavesPaddingOut) {
+    const Bytes packet = rtpPacket(1, 12);
+    const Bytes frame = join({wrap(ethernet, 5004, packet), Bytes(6, 0xee)});
+    EXPECT_EQ(payloadOf(frame, locateUdp(LinkType::ethernet, frame).value()), packet);
+}
+
+TEST(FrameLayers, CallsNoCutFrameComplete) {
+    for (const Wrapping& how : allWrappings()) {
+        const Bytes whole = wrap(how, 5004, rtpPacket(1, 20));
+        const std::size_t headers = whole.size() - 20;
+        for (std::size_t length = 0; length < whole.size(); ++length) {
+            const Bytes frame(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
+            const auto layers = locateUdp(how.linkType, frame);
+            EXPECT_EQ(layers.has_value(), length >= headers) << how.name << ", " << length;
+            EXPECT_FALSE(layers && layers->complete) << how.name << ", " << length;
+        }
+    }
+}
+
+TEST(FrameLayers, StaysInsideFramesWithAnyByteDamaged) {
+    for (const Wrapping& how : allWrappings()) {
+        const Bytes whole = wrap(how, 5004, rtpPacket(1, 20));
+        for (std::size_t i = 0; i < whole.size() * 256; ++i) {
+            Bytes frame = whole;
+            frame[i / 256] = static_cast<std::uint8_t>(i);
+            const auto layers = locateUdp(how.linkType, frame);
+            if (!layers) continue;
+            ASSERT_LE(layers->payload, frame.size());
+            if (layers->complete) {
+                ASSERT_LE(layers->payloadSize, frame.size() - layers->payload);
+            }
+            FrameTemplate model(how.linkType);
+            model.take(frame, *layers);
+            model.build(Bytes(9), 5008, frame);
+            ASSERT_EQ(frame.size(), layers->payload + 9);
+        }
+    }
+}
+
+struct Damage {
+    const char* what;
+    std::size_t offset;
+    std::uint8_t value;
+};
+
+void expectLeftOut(const Wrapping& how, std::initializer_list<Damage> damages) {
+    for (const Damage& damage : damages) {
+        Bytes frame = wrap(how, 5004, rtpPacket(1, 20));
+        frame[damage.offset] = damage.value;
+        EXPECT_FALSE(locateUdp(how.linkType, frame)) << damage.what;
+    }
+}
+
+TEST(FrameLayers, LeavesOutWhatIsNoWholeDatagram) {
+    expectLeftOut(ethernet, {{"ARP", 13, 6},
+                             {"wrong version", ethernetIp, 0x65},
+                             {"header of 16 bytes", ethernetIp, 0x44},
+                             {"total length behind the UDP header only", ethernetIp + 3, 20 + 8},
+                             {"more fragments", ethernetIp + 6, 0x20},
+                             {"later fragment", ethernetIp + 7, 1},
+                             {"TCP", ethernetIp + 9, 6},
+                             {"UDP length below its header", ethernetIp + 20 + 5, 7},
+                             {"UDP longer than IP", ethernetIp + 20 + 5, 29}});
+    expectLeftOut(ethernetIpv6, {{"wrong version", ethernetIp, 0x40},
+                                 {"jumbogram", ethernetIp + 5, 0},
+                                 {"fragment", ethernetIp + 6, 44},
+                                 {"no next header", ethernetIp + 6, 59}});
+    const std::size_t segmentsLeft = ethernetIp + 40 + 8 + 3;
+    expectLeftOut(allWrappings()[3],
+                  {{"hops left", segmentsLeft, 1}, {"extension too long", segmentsLeft - 2, 9}});
+    Wrapping tagged = ethernet;
+    for (int i = 0; i < 5; ++i) tagged.link.insert(tagged.link.begin() + 12, {0x81, 0, 0, 5});
+    expectLeftOut(tagged, {{"five tags", 0, 1}});
+}
+
+TEST(FrameTemplate, BuildsFramesOfTheSameAddressing) {
+    for (const Wrapping& how : allWrappings()) {
+        SCOPED_TRACE(how.name);
+        const Bytes captured = wrap(how, 5004, rtpPacket(1, 100));
+        FrameTemplate model(how.linkType);
+        model.take(captured, locateUdp(how.linkType, captured).value());
+        Bytes built;
+        model.build(rtpPacket(2, 41), 5008, built);
+
+        Bytes expected = wrap(how, 5008, rtpPacket(2, 41));
+        const auto layers = locateUdp(how.linkType, built).value();
+        if (!layers.isIpv6) std::copy_n(&built[layers.network + 10], 2, &expected[layers.network + 10]);
+        std::copy_n(&built[layers.transport + 6], 2, &expected[layers.transport + 6]);
+        EXPECT_EQ(built, expected);
+    }
+}
+
+TEST(FrameTemplate, KeepsAnIpv4StreamWithoutUdpChecksums) {
+    Bytes frame = wrap(ethernet, 5004, rtpPacket(1, 20));
+    frame[40] = frame[41] = 0;
+    FrameTemplate model(LinkType::ethernet);
+    model.take(frame, locateUdp(LinkType::ethernet, frame).value());
+    model.build(rtpPacket(2, 20), 5006, frame);
+    EXPECT_EQ(readBigEndian16(&frame[40]), 0);
+}
+
+/// The first two payload bytes are all that differs: one pair of them brings the sum to zero.
+TEST(FrameTemplate, SendsAChecksumOfZeroAsAllOnes) {
+    const FrameTemplate model(LinkType::ethernet);
+    Bytes frame;
+    model.build(Bytes(2), 5004, frame);
+    Bytes payload = {frame[40], frame[41]};
+    model.build(payload, 5004, frame);
+    EXPECT_EQ(readBigEndian16(&frame[40]), 0xffff);
+}
+
+TEST(FrameTemplate, RefusesWhatItCannotBuild) {
+    Bytes frame;
+    EXPECT_THROW(FrameTemplate(LinkType::raw).build(Bytes(9), 5004, frame), std::logic_error);
+    const FrameTemplate model(LinkType::ethernet);
+    model.build(Bytes(65535 - 28), 5004, frame);
+    EXPECT_THROW(model.build(Bytes(65535 - 27), 5004, frame), std::length_error);
+}
+
+}  // namespace
+}  // namespace mvrtpfec

@@ -1,0 +1,89 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "host/io/output_file.h"
+#include "tests/host/io_test_files.h"
+
+namespace mvrtpfec {
+namespace {
+
+namespace fs = std::filesystem;
+
+class OutputFileTest : public FileTest {};
+
+const Bytes oldBytes = {1, 2, 3};
+const Bytes newBytes(200'000, 7);
+
+TEST_F(OutputFileTest, AppearsOnlyWhenFinished) {
+    const fs::path path = pathOf("out.ts");
+    OutputFile file(path);
+    file.write(newBytes);
+    EXPECT_FALSE(fs::exists(path));
+    file.finish();
+    EXPECT_EQ(load("out.ts"), newBytes);
+    EXPECT_EQ(fileCount(), 1u);
+}
+
+TEST_F(OutputFileTest, LeavesTheOldFileUntilFinished) {
+    const fs::path path = store("out.ts", oldBytes);
+    fs::permissions(path, fs::perms(0640));
+    fs::create_symlink("out.ts", pathOf("link.ts"));
+    {
+        OutputFile file(pathOf("link.ts"));
+        file.write(newBytes);
+    }
+    EXPECT_EQ(load("out.ts"), oldBytes);
+    EXPECT_EQ(fileCount(), 2u);
+
+    OutputFile file(pathOf("link.ts"));
+    file.write(newBytes);
+    file.finish();
+    EXPECT_EQ(load("out.ts"), newBytes);
+    EXPECT_TRUE(fs::is_symlink(pathOf("link.ts")));
+    EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
+}
+
+TEST_F(OutputFileTest, NamesTheFileAndTheReason) {
+    EXPECT_EQ(errorOf([&] { OutputFile file(pathOf("none/out.ts")); }),
+              "out.ts: cannot create: No such file or directory");
+    EXPECT_EQ(errorOf([&] { OutputFile file(pathOf("")); }), ": cannot open for writing: Is a directory");
+    EXPECT_EQ(errorOf([&] {
+                  OutputFile file("/dev/full");
+                  file.write(Bytes(1));
+                  file.finish();
+              }),
+              "full: cannot write: No space left on device");
+    EXPECT_EQ(errorOf([] {
+                  OutputFile file("/dev/full");
+                  file.write(newBytes);
+              }),
+              "full: cannot write: No space left on device");
+    EXPECT_EQ(errorOf([] { OutputFile file("/dev/fd/987"); }),
+              "987: cannot open for writing: Bad file descriptor");
+}
+
+TEST_F(OutputFileTest, ReportsAClosedPipe) {
+    const fs::path path = pathOf("out.ts");
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    const int reader = open(path.c_str(), O_RDONLY | O_NONBLOCK);
+    OutputFile file(path);
+    close(reader);
+    EXPECT_EQ(errorOf([&] { file.write(newBytes); }), "out.ts: cannot write: Broken pipe");
+    EXPECT_TRUE(fs::is_fifo(path));
+}
+
+/// As the shell opens it for >>: what stands there already has to stay.
+TEST_F(OutputFileTest, WritesToAGivenDescriptorWhereItStands) {
+    const fs::path path = store("log.ts", oldBytes);
+    const int descriptor = open(path.c_str(), O_WRONLY | O_APPEND);
+    OutputFile file("/dev/fd/" + std::to_string(descriptor));
+    file.write(oldBytes);
+    file.finish();
+    close(descriptor);
+    EXPECT_EQ(load("log.ts"), (Bytes{1, 2, 3, 1, 2, 3}));
+}
+
+}  // namespace
+}  // namespace mvrtpfec

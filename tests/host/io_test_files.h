@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include "host/io/file_error.h"
+
+namespace mvrtpfec {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// A fresh directory for the files of one test, gone with it.
+class FileTest : public testing::Test {
+protected:
+    FileTest() {
+        std::string name = std::filesystem::temp_directory_path() / "mvrtpfec-test-XXXXXX";
+        if (mkdtemp(name.data()) == nullptr) throw FileError(name, "cannot create");
+        folder_ = name;
+    }
+    ~FileTest() override { std::filesystem::remove_all(folder_); }
+
+    std::filesystem::path pathOf(const std::string& name) const { return folder_ / name; }
+
+    std::filesystem::path store(const std::string& name, const Bytes& bytes) const {
+        std::ofstream file(pathOf(name), std::ios::binary);
+        for (const std::uint8_t byte : bytes) file.put(static_cast<char>(byte));
+        return pathOf(name);
+    }
+
+    Bytes load(const std::string& name) const {
+        std::ifstream file(pathOf(name), std::ios::binary);
+        return Bytes(std::istreambuf_iterator<char>(file), {});
+    }
+
+    std::size_t fileCount() const {
+        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder_), {}));
+    }
+
+private:
+    std::filesystem::path folder_;
+};
+
+/// The message of the FileError that `action` throws, without the folder of the file it names.
+template <class Action>
+std::string errorOf(Action action) {
+    try {
+        action();
+    } catch (const FileError& error) {
+        const std::string message = error.what();
+        const std::size_t nameEnd = message.find(':');
+        return message.substr(message.rfind('/', nameEnd) + 1);
+    }
+    return "no error";
+}
+
+}  // namespace mvrtpfec
