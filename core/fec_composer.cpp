@@ -58,8 +58,8 @@ void CFecComposer::checkMatrix(std::int32_t mode, std::int32_t columns, std::int
 void CFecComposer::protect(ConstRtpPacketView media) {
     if (!isProtectable(media)) return;
     if (!addToBoth(media)) {
-        if (mode_ == fecRow || mode_ == fecBoth) protectRow(media);
-        if (mode_ == fecColumn || mode_ == fecBoth) protectColumn(media);
+        if (mode_ == fecRow || mode_ == fecBoth) stepRow(media);
+        if (mode_ == fecColumn || mode_ == fecBoth) stepColumn(media);
     }
     advanceColumn();
 }
@@ -76,7 +76,14 @@ bool CFecComposer::addToBoth(ConstRtpPacketView media) {
 }
 
 void CFecComposer::protectRow(ConstRtpPacketView media) {
-    if (!isProtectable(media)) return;
+    if (isProtectable(media)) stepRow(media);
+}
+
+void CFecComposer::protectColumn(ConstRtpPacketView media) {
+    if (isProtectable(media) && !columnPackets_.empty()) stepColumn(media);
+}
+
+void CFecComposer::stepRow(ConstRtpPacketView media) {
     if (currentColumn_ == 0)
         rowPacket_ = start(media, FecKind::row, rowSequence_);
     else if (rowPacket_)
@@ -84,8 +91,7 @@ void CFecComposer::protectRow(ConstRtpPacketView media) {
     if (currentColumn_ == columns_ - 1 && rowPacket_) handOn(rowPacket_);
 }
 
-void CFecComposer::protectColumn(ConstRtpPacketView media) {
-    if (!isProtectable(media) || columnPackets_.empty()) return;
+void CFecComposer::stepColumn(ConstRtpPacketView media) {
     const auto c = static_cast<std::size_t>(currentColumn_);
     std::unique_ptr<RtpPacket>& packet = columnPackets_[c];
     if (columnCounts_[c] == 0) {

@@ -55,6 +55,8 @@ public:
     void advanceColumn();
 
 private:
+    void stepRow(ConstRtpPacketView media);
+    void stepColumn(ConstRtpPacketView media);
     bool addToBoth(ConstRtpPacketView media);
     void countInColumn(std::size_t column);
     std::unique_ptr<RtpPacket> start(ConstRtpPacketView media, FecKind kind, std::uint16_t& sequence) const;

@@ -51,7 +51,7 @@ void startFecPacket(RtpPacket& fec, ConstRtpPacketView media, FecKind kind, std:
 
 namespace {
 
-void addHeader(RtpPacket& fec, ConstRtpPacketView media) {
+inline void addHeader(RtpPacket& fec, ConstRtpPacketView media) {
     using namespace fec_header;
     std::uint8_t* out = fec.view.data;
     out[0] ^= media.data[0] & paddingBit;

@@ -18,6 +18,7 @@ struct MatrixSize {
     std::uint8_t rows = 0;
 
     void learn(FecKind kind, const ProtectedRange& range);
+    bool operator==(const MatrixSize&) const = default;
 };
 
 /// Makes the media input's ordering buffer start afresh, so that it takes any number next, and means

@@ -6,29 +6,30 @@ namespace mvrtpfec {
 
 namespace {
 
-constexpr int lastNumber = 65535;
+constexpr int cycle = 65536;
 constexpr int farAhead = 1024;
 constexpr int halfCycle = 32768;
 
-bool isUsable(const ProtectedRange& range, std::optional<std::uint16_t> position) {
-    if (range.offset == 0 || range.count == 0 || range.base > range.last) return false;
-    // At 65535 every group ends before the wrap, too late, or begins behind it, too early.
-    if (!position || *position == lastNumber) return false;
-    const int ahead = range.base - *position;
-    return ahead <= farAhead && ahead > -halfCycle;
-}
-
 }  // namespace
+
+FecGate::Verdict FecGate::place(const ProtectedRange& range, std::optional<std::uint16_t> position) {
+    if (range.offset == 0 || range.count == 0 || range.base > range.last || !position)
+        return Verdict::keptBack;
+    const int ahead = range.base - *position;
+    if (ahead + cycle <= farAhead) return Verdict::early;
+    return ahead <= farAhead && ahead > -halfCycle ? Verdict::pass : Verdict::keptBack;
+}
 
 FecGate::Verdict FecGate::judge(ConstRtpPacketView fec, std::optional<std::uint16_t> position) {
     const ProtectedRange range = protectedRange(fec);
-    if (!isUsable(range, position)) return Verdict::keptBack;
+    const Verdict verdict = place(range, position);
+    if (verdict == Verdict::keptBack) return verdict;
 
     Stream& stream = streamOf(fecKind(fec));
     const std::uint32_t identity = std::uint32_t{fec.sequenceNumber()} << 16 | range.base;
     if (isRepeated(stream, identity)) return Verdict::repeated;
     stream.recent[stream.recentCount++ % remembered] = identity;
-    return Verdict::pass;
+    return verdict;
 }
 
 bool FecGate::isRepeated(const Stream& stream, std::uint32_t identity) const {

@@ -14,11 +14,12 @@ namespace mvrtpfec {
 /// so that its FEC inputs never wait for one that was lost.
 class FecGate {
 public:
-    enum class Verdict { pass, repeated, keptBack };
+    enum class Verdict { pass, early, repeated, keptBack };
 
     /// `position` is the media number handed on last; none before the first media packet. Kept back is
-    /// what the decoder could only use wrongly: a group that crosses 65535 or lies on the other side of
-    /// it, one far ahead of the media, one without members. `fec` must be valid.
+    /// what the decoder could only use wrongly: a group that crosses 65535 or lies before it when the
+    /// media is behind it, one far ahead of the media, one without members. Early is a group behind the
+    /// wrap that the media is about to reach. `fec` must be valid.
     Verdict judge(ConstRtpPacketView fec, std::optional<std::uint16_t> position);
 
     /// Gives the packet the next number of its kind.
@@ -33,6 +34,7 @@ private:
         std::size_t recentCount = 0;
     };
 
+    static Verdict place(const ProtectedRange& range, std::optional<std::uint16_t> position);
     bool isRepeated(const Stream& stream, std::uint32_t identity) const;
     Stream& streamOf(FecKind kind) { return streams_[kind == FecKind::row ? 1 : 0]; }
 

@@ -8,7 +8,7 @@ namespace mvrtpfec {
 namespace {
 
 /// A packet this far behind is late or repeated, further off it belongs to another run. A source that
-/// restarts just behind is heard again after as many packets.
+/// plays the very same packets again is heard again after as many of them.
 constexpr int lateZone = 1024;
 /// In windows: so far ahead a single packet is believed.
 constexpr int believedWindows = 4;
@@ -20,7 +20,11 @@ int serialDistance(std::uint16_t from, std::uint16_t to) {
 }  // namespace
 
 MediaOrderer::MediaOrderer(std::size_t window, std::size_t startHold, Output output)
-    : window_(window), startHold_(startHold), output_(std::move(output)), slots_(window) {}
+    : window_(window),
+      startHold_(startHold),
+      output_(std::move(output)),
+      slots_(window),
+      timestamps_(lateZone) {}
 
 std::optional<std::uint16_t> MediaOrderer::position() const {
     if (!collecting_) return static_cast<std::uint16_t>(next_ - 1);
@@ -37,6 +41,7 @@ void MediaOrderer::push(std::unique_ptr<RtpPacket> packet) {
 void MediaOrderer::begin() {
     if (!collecting_ || collected_.empty()) return;
     collecting_ = false;
+    reach_ = static_cast<int>(window_);
     auto packets = std::exchange(collected_, {});
     const std::uint16_t first = packets.front()->view.sequenceNumber();
     ssrc_ = packets.front()->view.ssrc();
@@ -55,14 +60,24 @@ int MediaOrderer::distance(const RtpPacket& packet) const {
 }
 
 void MediaOrderer::place(std::unique_ptr<RtpPacket> packet) {
+    if (packet->view.ssrc() != ssrc_ || contradicts(*packet)) return consider(std::move(packet));
     const int ahead = distance(*packet);
-    const bool ours = packet->view.ssrc() == ssrc_;
-    if (ours && ahead < 0 && ahead >= -lateZone && leftOutInARow_ < lateZone)
+    if (ahead < 0 && -ahead <= reach_ && leftOutInARow_ < lateZone)
         return leaveOut(packet->view.sequenceNumber());
-    if (!ours || ahead < 0 || ahead >= believedWindows * static_cast<int>(window_))
-        return consider(std::move(packet));
+    if (ahead < 0 || ahead >= believedWindows * static_cast<int>(window_)) return consider(std::move(packet));
     jumpTo(std::move(packet));
     handOnDue();
+}
+
+bool MediaOrderer::contradicts(const RtpPacket& packet) const {
+    const int ahead = distance(packet);
+    const std::uint16_t number = packet.view.sequenceNumber();
+    if (ahead < 0)
+        return -ahead <= reach_ && handedOn_.contains(number) &&
+               timestamps_[number % lateZone] != packet.view.timestamp();
+    if (ahead >= static_cast<int>(window_)) return false;
+    const auto& held = slots_[(head_ + static_cast<std::size_t>(ahead)) % window_];
+    return held && held->view.timestamp() != packet.view.timestamp();
 }
 
 void MediaOrderer::leaveOut(std::uint16_t sequenceNumber) {
@@ -88,7 +103,7 @@ bool MediaOrderer::followsStray(const RtpPacket& packet) const {
 
 bool MediaOrderer::strayIsAhead() const {
     const int ahead = distance(*stray_);
-    return stray_->view.ssrc() == ssrc_ && ahead >= 0 && ahead < lateZone;
+    return stray_->view.ssrc() == ssrc_ && ahead >= 0 && ahead < lateZone && !contradicts(*stray_);
 }
 
 /// Takes a packet into the window, which moves up to it when it has to.
@@ -146,6 +161,7 @@ void MediaOrderer::step() {
     auto packet = std::exchange(slots_[head_], nullptr);
     const std::uint16_t number = next_++;
     head_ = (head_ + 1) % window_;
+    reach_ = std::min(reach_ + 1, lateZone);
     if (!packet) {
         handedOn_.erase(number);
         afterHole_ = true;
@@ -153,6 +169,7 @@ void MediaOrderer::step() {
     }
     --held_;
     handedOn_.insert(number);
+    timestamps_[number % lateZone] = packet->view.timestamp();
     if (afterHole_) ++figures_.holes;
     output_.packet(std::move(packet), std::exchange(afterHole_, false));
 }

@@ -15,9 +15,10 @@ namespace mvrtpfec {
 /// Puts valid media packets in sequence order within a window and leaves out what comes late or twice.
 ///
 /// A missing number is given up when a packet `window` numbers ahead of it arrives, so a packet that is
-/// overtaken by fewer than that is put back in its place. A packet far off, or of another source
-/// (SSRC), waits for a second one that follows it (after RFC 3550 appendix A.1); then the order
-/// jumps to it. The first packets of a run are collected until begin(), at most `startHold` of them.
+/// overtaken by fewer than that is put back in its place. A packet far off, of another source (SSRC),
+/// or with another timestamp than the one of its number had, waits for a second one that follows it (after
+/// RFC 3550 appendix A.1); then the order jumps to it. The first packets of a run are collected until
+/// begin(), at most `startHold` of them.
 class MediaOrderer {
 public:
     struct Output {
@@ -50,6 +51,8 @@ public:
 private:
     int distance(const RtpPacket& packet) const;
     void place(std::unique_ptr<RtpPacket> packet);
+    /// Its number came before with another timestamp: this is another run.
+    bool contradicts(const RtpPacket& packet) const;
     void leaveOut(std::uint16_t sequenceNumber);
     void consider(std::unique_ptr<RtpPacket> packet);
     bool followsStray(const RtpPacket& packet) const;
@@ -75,6 +78,8 @@ private:
     std::size_t held_ = 0;
     bool afterHole_ = false;
     SequenceSet handedOn_;
+    std::vector<std::uint32_t> timestamps_;  ///< of the packets handed on last, by number
+    int reach_ = 0;                          ///< how far behind a packet may belong to this run
     int leftOutInARow_ = 0;
     std::unique_ptr<RtpPacket> stray_;
 };

@@ -1,5 +1,6 @@
 #include "guard/packet_guard.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -9,6 +10,7 @@ namespace {
 
 constexpr std::size_t maxHeld = 1000;
 constexpr std::uint16_t lastNumber = 65535;
+constexpr std::size_t maxEarly = 64;
 
 std::size_t checked(std::size_t packets, const char* message) {
     if (packets < 1 || packets > maxHeld) throw std::invalid_argument(message);
@@ -60,23 +62,29 @@ GuardFigures PacketGuard::figures() const {
 }
 
 void PacketGuard::pushFec(std::unique_ptr<RtpPacket> fec) {
-    switch (gate_.judge(fec->view, orderer_.position())) {
-        case FecGate::Verdict::repeated:
-            ++repeatedFec_;
-            return;
-        case FecGate::Verdict::keptBack:
-            ++fecKeptBack_;
-            return;
-        case FecGate::Verdict::pass:
-            break;
+    const FecGate::Verdict verdict = gate_.judge(fec->view, orderer_.position());
+    if (verdict == FecGate::Verdict::repeated) {
+        ++repeatedFec_;
+        return;
+    }
+    if (verdict == FecGate::Verdict::keptBack) {
+        ++fecKeptBack_;
+        return;
     }
     const FecKind kind = fecKind(fec->view);
-    const ProtectedRange range = protectedRange(fec->view);
-    matrix_.learn(kind, range);
-    watch_.addGroup(range);
-    handOnFec(std::move(fec), kind);
+    learnMatrix(kind, protectedRange(fec->view));
+    if (verdict == FecGate::Verdict::early)
+        holdEarly(std::move(fec));
+    else
+        handOnFec(std::move(fec), kind);
     // Only now does the decoder keep the first packets long enough for columns to repair them.
     if (kind == FecKind::column) orderer_.begin();
+}
+
+void PacketGuard::learnMatrix(FecKind kind, const ProtectedRange& range) {
+    const MatrixSize before = matrix_;
+    matrix_.learn(kind, range);
+    if (before != matrix_) unbroken_ = 0;
 }
 
 void PacketGuard::handOnFec(std::unique_ptr<RtpPacket> fec, FecKind kind) {
@@ -84,31 +92,45 @@ void PacketGuard::handOnFec(std::unique_ptr<RtpPacket> fec, FecKind kind) {
     output_(kind == FecKind::row ? ReceiverInput::rowFec : ReceiverInput::columnFec, std::move(fec));
 }
 
+void PacketGuard::holdEarly(std::unique_ptr<RtpPacket> fec) {
+    if (early_.size() == maxEarly)
+        ++fecKeptBack_;
+    else
+        early_.push_back(std::move(fec));
+}
+
+void PacketGuard::handOnEarly() {
+    for (auto& fec : std::exchange(early_, {})) {
+        const FecKind kind = fecKind(fec->view);
+        handOnFec(std::move(fec), kind);
+    }
+}
+
 void PacketGuard::handOnMedia(std::unique_ptr<RtpPacket> media, bool afterHole) {
     const std::uint16_t number = media->view.sequenceNumber();
-    if (afterHole) noteHole(number);
-    const bool renew = previous_ && mustRenewAt(number);
+    if (afterHole) unbroken_ = 0;
+    const bool first = !previous_;
+    const bool wraps = !first && number < *previous_;
+    const bool renew = wraps && mayHoldFec();
     if (renew)
-        renewDecoder(number);
+        renewAtWrap(number);
     else if (afterHole || restarted_)
         startAfresh(number);
-    if (number == lastNumber || (previous_ && number < *previous_)) watch_.clear();
 
     restarted_ = false;
     previous_ = number;
+    ++unbroken_;
+    last_ =
+        number == lastNumber ? std::make_unique<RtpPacket>(media->view.data, media->view.length) : nullptr;
     output_(ReceiverInput::media, std::move(media));
-    if (renew) teachMatrix(number);
+    if (first || renew) teachMatrix(number);
+    if (wraps) handOnEarly();
 }
 
-void PacketGuard::noteHole(std::uint16_t next) {
-    if (!previous_) return;
-    for (auto n = static_cast<std::uint16_t>(*previous_ + 1); n != next; ++n) watch_.addMissing(n);
-}
-
-bool PacketGuard::mustRenewAt(std::uint16_t next) const {
-    if (next == lastNumber) return watch_.leavesGroupUnfinished();
-    // With 65535 itself lost, groups up to it never count as complete.
-    return next < *previous_ && *previous_ != lastNumber && matrix_.columns != 0;
+/// A decoder that has seen no hole for longer than its window has used up every FEC packet.
+bool PacketGuard::mayHoldFec() const {
+    const std::uint64_t window = 2u * matrix_.columns * std::max<std::uint8_t>(matrix_.rows, 1);
+    return matrix_.columns != 0 && unbroken_ <= window;
 }
 
 void PacketGuard::startAfresh(std::uint16_t next) {
@@ -121,7 +143,17 @@ void PacketGuard::renewDecoder(std::uint16_t next) {
     output_(ReceiverInput::media, makeRenewal(farFrom(next)));
 }
 
+/// The decoder that ends here releases what it holds up to 65534. The next one begins with 65535, so
+/// that it sees what is missing behind it.
+void PacketGuard::renewAtWrap(std::uint16_t next) {
+    if (!last_) return renewDecoder(next);
+    renewDecoder(lastNumber);
+    output_(ReceiverInput::media, std::move(last_));
+    if (next != 0) startAfresh(next);
+}
+
 void PacketGuard::teachMatrix(std::uint16_t base) {
+    if (matrix_.columns == 0) return;
     if (matrix_.rows != 0) handOnFec(makeTeacher(FecKind::column, matrix_, base), FecKind::column);
     handOnFec(makeTeacher(FecKind::row, matrix_, base), FecKind::row);
 }
@@ -130,7 +162,9 @@ void PacketGuard::onRestart() {
     if (previous_) renewDecoder(*previous_);
     previous_.reset();
     restarted_ = true;
-    watch_.clear();
+    unbroken_ = 0;
+    matrix_ = {};
+    early_.clear();
 }
 
 }  // namespace mvrtpfec

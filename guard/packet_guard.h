@@ -4,12 +4,12 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "core/rtp_packet.h"
 #include "guard/control_packets.h"
 #include "guard/fec_gate.h"
 #include "guard/media_orderer.h"
-#include "guard/wrap_watch.h"
 
 namespace mvrtpfec {
 
@@ -41,7 +41,8 @@ struct GuardFigures {
 /// when it gives up a hole it makes that buffer start afresh; it numbers FEC packets by arrival, so that
 /// their inputs never see a hole; it keeps back FEC packets from which the decoder would rebuild a wrong
 /// packet, and has the decoder replaced where one of them may be left in it: when the source restarts,
-/// and at the wrap of the sequence numbers if a group before it stays unfinished.
+/// and at the wrap of the sequence numbers unless the decoder has been without a hole for a whole
+/// window.
 ///
 /// Packets are sorted by payload type and FEC direction, whatever port they came from. Not thread-safe;
 /// the output is called on the caller's thread and must take each packet before it returns.
@@ -65,20 +66,25 @@ private:
     void pushFec(std::unique_ptr<RtpPacket> fec);
     void handOnFec(std::unique_ptr<RtpPacket> fec, FecKind kind);
     void handOnMedia(std::unique_ptr<RtpPacket> media, bool afterHole);
-    void noteHole(std::uint16_t next);
-    bool mustRenewAt(std::uint16_t next) const;
+    void learnMatrix(FecKind kind, const ProtectedRange& range);
+    void holdEarly(std::unique_ptr<RtpPacket> fec);
+    void handOnEarly();
+    bool mayHoldFec() const;
     void startAfresh(std::uint16_t next);
     void renewDecoder(std::uint16_t next);
+    void renewAtWrap(std::uint16_t next);
     void teachMatrix(std::uint16_t base);
     void onRestart();
 
     Output output_;
     MediaOrderer orderer_;
     FecGate gate_;
-    WrapWatch watch_;
-    MatrixSize matrix_;
-    std::optional<std::uint16_t> previous_;  ///< media number handed on last in this run
-    bool restarted_ = false;                 ///< nothing handed on since a restart
+    MatrixSize matrix_;                              ///< of this run
+    std::optional<std::uint16_t> previous_;          ///< media number handed on last in this run
+    bool restarted_ = false;                         ///< nothing handed on since a restart
+    std::uint64_t unbroken_ = 0;                     ///< media packets handed on since a hole or a new matrix
+    std::unique_ptr<RtpPacket> last_;                ///< a copy of 65535 when that was handed on last
+    std::vector<std::unique_ptr<RtpPacket>> early_;  ///< FEC packets of groups behind the wrap ahead
     std::uint64_t repeatedFec_ = 0;
     std::uint64_t fecKeptBack_ = 0;
     std::uint64_t foreign_ = 0;

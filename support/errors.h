@@ -17,11 +17,16 @@ private:
     std::string message_;
 };
 
-/// One component's failures, told apart by type: Tag only names the component.
-template <class Tag, class Base>
+/// One component's failures, told apart by type: Tag only names the component and may stay incomplete.
+template <class Tag, class Base = MorvaneException>
 class ExceptionTemplate : public Base {
 public:
-    explicit ExceptionTemplate(std::string message) : Base(std::move(message)) {}
+    explicit ExceptionTemplate(std::string message) : Base(message), message_(std::move(message)) {}
+
+    const char* what() const noexcept override { return message_.c_str(); }
+
+private:
+    std::string message_;
 };
 
 // The support library's own tags.

@@ -1,6 +1,5 @@
 #include "host/commands/program.h"
 
-#include <csignal>
 #include <cstdio>
 #include <exception>
 
@@ -8,6 +7,8 @@
 #include <fmt/format.h>
 
 #include "host/commands/commands.h"
+#include "host/commands/interruption.h"
+#include "host/io/output_file.h"
 
 namespace mvrtpfec {
 
@@ -29,8 +30,8 @@ int answer(const CLI::App& app, const CLI::ParseError& error) {
 }  // namespace
 
 int runProgram(int argc, char** argv) {
-    // A closed pipe is an error of the write, told like any other.
-    std::signal(SIGPIPE, SIG_IGN);
+    ignoreWriteSignals();
+    watchForInterruption();
 
     CLI::App app("Packet-level FEC for MPEG-2 transport streams over RTP.", "mvrtpfec");
     app.set_version_flag("--version", "mvrtpfec " MVRTPFEC_VERSION);

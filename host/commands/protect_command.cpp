@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include "host/commands/commands.h"
+#include "host/commands/interruption.h"
 #include "host/commands/options.h"
 #include "host/commands/progress_bar.h"
 #include "host/commands/report.h"
@@ -44,6 +45,7 @@ ProtectFigures protectStream(PacketSource& source, PacketSink& sink, const Matri
 
     ProgressBar progress;
     while (source.read(media)) {
+        throwIfInterrupted();
         progress.update([&] { return source.progress(); });
         if (media.port != StreamPort::media) continue;
         ++figures.media;

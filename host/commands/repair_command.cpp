@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include "host/commands/commands.h"
+#include "host/commands/interruption.h"
 #include "host/commands/options.h"
 #include "host/commands/progress_bar.h"
 #include "host/commands/report.h"
@@ -35,6 +36,7 @@ RepairFigures repairStream(PacketSource& source, PacketSink& sink, bool guard) {
 
     ProgressBar progress;
     while (source.read(in)) {
+        throwIfInterrupted();
         progress.update([&] { return source.progress(); });
         chain.push(in.port, in.payload);
     }

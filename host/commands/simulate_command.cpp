@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include "host/commands/commands.h"
+#include "host/commands/interruption.h"
 #include "host/commands/options.h"
 #include "host/commands/progress_bar.h"
 #include "host/commands/report.h"
@@ -63,6 +64,7 @@ SimulateFigures simulateStream(PacketSource& source, PacketSink* output, const S
     ProgressBar progress;
     Datagram media;
     while (source.read(media)) {
+        throwIfInterrupted();
         progress.update([&] { return source.progress(); });
         if (media.port != StreamPort::media || !viewOf(media.payload).isValid()) continue;
         history.add(viewOf(media.payload));

@@ -44,9 +44,12 @@ std::string temporaryName() {
 
 }  // namespace
 
-OutputFile::OutputFile(std::filesystem::path path) : path_(std::move(path)) {
+void ignoreWriteSignals() {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+}
+
+OutputFile::OutputFile(std::filesystem::path path) : path_(std::move(path)) {
     buffer_.reserve(bufferSize);
     struct stat old {};
     const bool exists = stat(path_.c_str(), &old) == 0;

@@ -9,6 +9,10 @@
 
 namespace mvrtpfec {
 
+/// Makes this process see a closed pipe and a file size limit as errors of the write, not as a signal
+/// that ends it.
+void ignoreWriteSignals();
+
 /// A file being written. A regular file comes to life under a temporary name in the same directory,
 /// ".mvrtpfec-PID-N.part", and takes its own name in finish(); until then a file that was there before
 /// stays as it was. Devices, FIFOs and paths such as /dev/stdout are written directly.

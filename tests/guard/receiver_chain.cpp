@@ -19,15 +19,13 @@ ReceiverChain::ReceiverChain(Mode mode, Output output)
       buffers_{makeBuffer(), makeBuffer(), makeBuffer()},
       decoder_(makeDecoder()) {
     if (mode == Mode::plain) return;
-    guard_.emplace([this](ReceiverInput input, std::unique_ptr<RtpPacket> packet) {
-        feed(input, std::move(packet));
-    });
+    guard_.emplace(
+        [this](ReceiverInput input, std::unique_ptr<RtpPacket> packet) { feed(input, std::move(packet)); });
 }
 
 std::unique_ptr<CFecDecoder> ReceiverChain::makeDecoder() const {
-    return std::make_unique<CFecDecoder>([this](RtpPacket* packet) {
-        output_(Bytes(packet->view.data, packet->view.length));
-    });
+    return std::make_unique<CFecDecoder>(
+        [this](RtpPacket* packet) { output_(Bytes(packet->view.data, packet->view.length)); });
 }
 
 void ReceiverChain::push(ReceiverInput port, Bytes bytes) {

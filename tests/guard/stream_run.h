@@ -12,8 +12,8 @@ namespace mvrtpfec::testing {
 
 /// What came out of a chain, held against what was sent.
 struct Delivery {
-    std::int64_t mismatched = 0;  ///< never sent like that
-    std::int64_t disordered = 0;  ///< not behind the one delivered before it
+    std::int64_t mismatched = 0;      ///< never sent like that
+    std::int64_t disordered = 0;      ///< not behind the one delivered before it
     std::int64_t longestSilence = 0;  ///< most media packets pushed between two delivered
     std::vector<bool> delivered;
 

@@ -65,6 +65,7 @@ TEST_F(OutputFileTest, NamesTheFileAndTheReason) {
 }
 
 TEST_F(OutputFileTest, ReportsAClosedPipe) {
+    ignoreWriteSignals();
     const fs::path path = pathOf("out.ts");
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
     const int reader = open(path.c_str(), O_RDONLY | O_NONBLOCK);

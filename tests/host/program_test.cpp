@@ -1,0 +1,189 @@
+#include <algorithm>
+#include <functional>
+#include <memory>
+
+#include <gtest/gtest.h>
+
+#include "host/io/packet_sink.h"
+#include "host/io/packet_source.h"
+#include "tests/host/program_run.h"
+
+namespace mvrtpfec {
+namespace {
+
+constexpr std::uint16_t port = 5004;
+
+class Protected : public ProgramTest {
+protected:
+    /// The sample with FEC in both directions, 10 x 10.
+    void protect(const std::string& options = "--mode both --columns 10 --rows 10") {
+        store("in.ts", sample());
+        const Outcome result = run("protect in.ts fec.pcap " + options);
+        ASSERT_EQ(result.status, 0) << result.text;
+    }
+
+    /// Copies a capture without the datagrams that `lost` picks; returns how many are left.
+    int lose(const std::function<bool(const Datagram&, int index)>& lost) {
+        const auto source = openSource(pathOf("fec.pcap"), port);
+        const auto sink = openSink(pathOf("lossy.pcap"), port, source->addressing());
+        Datagram datagram;
+        int left = 0;
+        for (int i = 0; source->read(datagram); ++i) {
+            if (lost(datagram, i)) continue;
+            sink->write(datagram);
+            ++left;
+        }
+        sink->finish();
+        return left;
+    }
+};
+
+bool isMedia(const Datagram& datagram, std::uint16_t from, std::uint16_t to) {
+    const std::uint16_t number = viewOf(datagram.payload).sequenceNumber();
+    return datagram.port == StreamPort::media && number >= from && number <= to;
+}
+
+TEST_F(Protected, StreamComesBackWholeFromACaptureWithoutLoss) {
+    protect();
+    for (const std::string guard : {"off", "on"}) {
+        const auto json = figures("repair fec.pcap out.ts --guard " + guard);
+        EXPECT_EQ(load("out.ts"), sample());
+        EXPECT_EQ(json["received"], 1140);
+        EXPECT_EQ(json["delivered"], 1140);
+        EXPECT_EQ(json["lost"], 0);
+        EXPECT_EQ(json["resets"], 0);
+    }
+}
+
+TEST_F(Protected, LostColumnBurstComesBackInTsAndCapture) {
+    protect();
+    lose([](const Datagram& d, int) { return isMedia(d, 300, 309); });
+    const auto json = figures("repair lossy.pcap out.ts --guard on");
+    EXPECT_EQ(load("out.ts"), sample());
+    EXPECT_EQ(json["lost"], 10);
+    EXPECT_EQ(json["rebuilt"], 10);
+    EXPECT_EQ(json["holes_skipped"], 1);
+
+    ASSERT_EQ(run("repair lossy.pcap out.pcapng --guard on").status, 0);
+    ASSERT_EQ(run("repair out.pcapng again.ts").status, 0);
+    EXPECT_EQ(load("again.ts"), sample());
+}
+
+TEST_F(Protected, PacketsLostAtTheVeryEndAreRebuiltFromTheirRow) {
+    protect("--mode row --columns 10 --rows 4");
+    lose([](const Datagram& d, int) { return isMedia(d, 1139, 1139); });
+    const auto json = figures("repair lossy.pcap out.ts --guard on");
+    EXPECT_EQ(load("out.ts"), sample());
+    EXPECT_EQ(json["received"], 1139);
+    EXPECT_EQ(json["rebuilt"], 1);
+}
+
+TEST_F(Protected, WithoutGuardAHoleCostsItsSuccessorToo) {
+    protect("--mode row --columns 10 --rows 4");
+    lose([](const Datagram& d, int) { return isMedia(d, 500, 500); });
+    const auto json = figures("repair lossy.pcap out.ts");
+    EXPECT_EQ(json["received"], 1138);
+    EXPECT_EQ(json["lost"], 2);
+    EXPECT_EQ(json["rebuilt"], 0);
+    EXPECT_EQ(json["abandoned"], 2);
+    EXPECT_EQ(json["delivered"], 1138);
+}
+
+TEST_F(Protected, FecPacketsFollowTheMediaPacketThatCompletesThem) {
+    protect();
+    const auto source = openSource(pathOf("fec.pcap"), port);
+    Datagram datagram;
+    std::string order;
+    while (order.size() < 120 && source->read(datagram)) order += "mAB"[static_cast<int>(datagram.port)];
+    // The first row ends with its tenth packet; packet 90 ends the first column, packet 99 a row, and
+    // the columns then end one a row.
+    EXPECT_EQ(order.substr(0, 23), "mmmmmmmmmmBmmmmmmmmmmBm");
+    EXPECT_EQ(order.substr(99, 13), "mAmmmmmmmmmBm");
+}
+
+TEST_F(ProgramTest, SimulationIsRepeatableAndSaysWhetherTheStreamIsWhole) {
+    const std::string base = "simulate --mode both --columns 10 --rows 10 --loss 0.03 ";
+    const auto first = figures(base + "--seed 4 --output out.ts");
+    EXPECT_EQ(first, figures(base + "--seed 4"));
+    EXPECT_NE(first["dropped_media"], figures(base + "--seed 5")["dropped_media"]);
+    EXPECT_EQ(load("out.ts"), sample());
+    EXPECT_TRUE(first["whole"]);
+    EXPECT_EQ(first["seed"], 4);
+    EXPECT_EQ(first["delivered"], first["sent"]);
+    EXPECT_GT(first["dropped_media"], 20);
+    EXPECT_GT(first["dropped_fec"], 0);
+
+    const auto plain = figures(base + "--seed 4 --guard off");
+    EXPECT_FALSE(plain["whole"]);
+    EXPECT_EQ(plain["dropped_media"], first["dropped_media"]);
+    EXPECT_LT(plain["delivered"], plain["sent"]);
+    EXPECT_EQ(plain["mismatched"], 0);
+    EXPECT_NE(run(base + "--guard off").text.find("is not whole"), std::string::npos);
+    EXPECT_NE(run(base).text.find("The repaired stream equals the source."), std::string::npos);
+}
+
+TEST_F(ProgramTest, ReorderedAndRepeatedPacketsAreSetRightByTheGuard) {
+    const auto json = figures(
+        "simulate --mode both --columns 5 --rows 5 --loss 0.01 --reorder 15 --duplicate 0.05 --seed 3");
+    EXPECT_TRUE(json["whole"]);
+    EXPECT_GT(json["repeated"], 20);
+}
+
+TEST_F(ProgramTest, WrongUsageIsRefusedWithTheReasonAndStatusTwo) {
+    store("in.ts", sample());
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"protect in.ts out.pcap --mode both --columns 3 --rows 10",
+         "number of columns must be between 4 and 20 in this mode"},
+        {"protect in.ts out.pcap --mode both --columns 11 --rows 10", "invalid number of columns and rows"},
+        {"protect in.ts out.pcap --mode row --columns 0 --rows 10",
+         "number of columns must be between 1 and 20 in this mode"},
+        {"simulate --mode row --columns 5 --rows 3", "number of rows must be between 4 and 20"},
+        {"simulate --mode both --columns 5 --rows 5 --loss 1.5", "the loss must be between 0 and 1"},
+        {"simulate --mode both --columns 5 --rows 5 --burst 0", "mean burst length"},
+        {"protect in.ts out.ts --mode both --columns 5 --rows 5", "can't carry FEC packets"},
+        {"protect in.ts out.mkv --mode both --columns 5 --rows 5", "out.mkv"},
+        {"protect in.ts out.pcap --mode diagonal --columns 5 --rows 5", "--mode"},
+        {"repair in.pcap", "OUT is required"},
+        {"repair in.pcap out.ts --port 70000", "--port"},
+        {"", "subcommand"},
+    };
+    for (const auto& [arguments, reason] : cases) {
+        const Outcome result = run(arguments);
+        EXPECT_EQ(result.status, 2) << arguments;
+        EXPECT_NE(result.text.find(reason), std::string::npos) << arguments << ": " << result.text;
+        EXPECT_EQ(std::count(result.text.begin(), result.text.end(), '\n'), 1) << result.text;
+    }
+    EXPECT_EQ(fileCount(), 1u);
+}
+
+TEST_F(Protected, BrokenFilesGiveOneLineThatNamesThemAndLeaveNoOutput) {
+    protect();
+    Bytes cut = load("fec.pcap");
+    cut.resize(cut.size() - 100);
+    store("cut.pcap", cut);
+    store("empty.pcap", {});
+    store("foreign.pcap", Bytes(5000, 'x'));
+    store("foreign.ts", Bytes(5000, 'x'));
+    const std::size_t before = fileCount();
+    for (const std::string in : {"cut.pcap", "empty.pcap", "foreign.pcap", "missing.pcap", "foreign.ts"}) {
+        const Outcome result = run("repair " + in + " out.ts");
+        EXPECT_EQ(result.status, 1) << in;
+        EXPECT_NE(result.text.find("mvrtpfec: " + in + ": "), std::string::npos) << result.text;
+        EXPECT_EQ(std::count(result.text.begin(), result.text.end(), '\n'), 1) << result.text;
+    }
+    EXPECT_EQ(fileCount(), before);
+    EXPECT_EQ(run("repair fec.pcap nowhere/out.ts").status, 1);
+    EXPECT_EQ(run("repair fec.pcap out.ts --json /dev/full").status, 1);
+}
+
+TEST_F(ProgramTest, HelpAndVersionAreAnswered) {
+    for (const std::string command : {"protect", "repair", "simulate"}) {
+        const Outcome result = run(command + " --help");
+        EXPECT_EQ(result.status, 0);
+        EXPECT_NE(result.text.find("Examples:"), std::string::npos);
+    }
+    EXPECT_EQ(run("--version").text, "mvrtpfec " MVRTPFEC_VERSION "\n");
+}
+
+}  // namespace
+}  // namespace mvrtpfec
