@@ -13,6 +13,7 @@ foreach(name IN LISTS exported)
 endforeach()
 if(MVRTPFEC_HOST)
   install(TARGETS mvrtpfec RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(FILES samples/sample.ts DESTINATION ${CMAKE_INSTALL_DATADIR}/mvrtpfec)
 endif()
 
 install(EXPORT MvRtpFecTargets NAMESPACE MvRtpFec:: DESTINATION ${package_dir})

@@ -43,16 +43,29 @@ void MediaOrderer::begin() {
     collecting_ = false;
     reach_ = static_cast<int>(window_);
     auto packets = std::exchange(collected_, {});
-    const std::uint16_t first = packets.front()->view.sequenceNumber();
-    ssrc_ = packets.front()->view.ssrc();
-    next_ = first;
+    const ConstRtpPacketView anchor = findAnchor(packets);
+    ssrc_ = anchor.ssrc();
+    next_ = anchor.sequenceNumber();
     for (const auto& packet : packets) {
-        const int ahead = serialDistance(first, packet->view.sequenceNumber());
-        const bool near = packet->view.ssrc() == ssrc_ && -ahead < static_cast<int>(window_);
-        if (near && serialDistance(next_, packet->view.sequenceNumber()) < 0)
-            next_ = packet->view.sequenceNumber();
+        const std::uint16_t number = packet->view.sequenceNumber();
+        const bool near = packet->view.ssrc() == ssrc_ &&
+                          serialDistance(number, anchor.sequenceNumber()) < static_cast<int>(window_);
+        if (near && serialDistance(next_, number) < 0) next_ = number;
     }
     for (auto& packet : packets) place(std::move(packet));
+}
+
+/// Some of the first packets may be strays: the run is that of the first one with most company.
+ConstRtpPacketView MediaOrderer::findAnchor(const std::vector<std::unique_ptr<RtpPacket>>& packets) const {
+    const auto reach = static_cast<int>(startHold_ + window_);
+    const auto company = [&](const std::unique_ptr<RtpPacket>& one) {
+        return std::count_if(packets.begin(), packets.end(), [&](const auto& other) {
+            const int ahead = serialDistance(one->view.sequenceNumber(), other->view.sequenceNumber());
+            return other->view.ssrc() == one->view.ssrc() && ahead > -reach && ahead < reach;
+        });
+    };
+    const auto less = [&](const auto& one, const auto& other) { return company(one) < company(other); };
+    return (*std::max_element(packets.begin(), packets.end(), less))->view;
 }
 
 int MediaOrderer::distance(const RtpPacket& packet) const {

@@ -49,6 +49,7 @@ public:
     const Figures& figures() const { return figures_; }
 
 private:
+    ConstRtpPacketView findAnchor(const std::vector<std::unique_ptr<RtpPacket>>& packets) const;
     int distance(const RtpPacket& packet) const;
     void place(std::unique_ptr<RtpPacket> packet);
     /// Its number came before with another timestamp: this is another run.
