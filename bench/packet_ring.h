@@ -25,6 +25,10 @@ public:
     /// The next packet; the one four ahead is asked for meanwhile.
     RtpPacketView next() {
         prefetch(at((position_ + 4) % count_));
+        return nextUnasked();
+    }
+    /// The next packet for one who reads no more than its header.
+    RtpPacketView nextUnasked() {
         const RtpPacketView packet{at(position_), mediaSize};
         position_ = (position_ + 1) % count_;
         return packet;

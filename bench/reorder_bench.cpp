@@ -27,7 +27,7 @@ void reorder(benchmark::State& state, bool swapped) {
     std::uint16_t number = 0;
     Item due = nullptr;
     for (auto _ : state) {
-        const RtpPacketView packet = ring.next();
+        const RtpPacketView packet = ring.nextUnasked();
         writeBigEndian16(packet.data + 2, swapped ? number ^ 1u : number);
         ++number;
         buffer.Push(packet.data);
