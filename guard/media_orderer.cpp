@@ -1,6 +1,7 @@
 #include "guard/media_orderer.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 namespace mvrtpfec {
@@ -43,29 +44,55 @@ void MediaOrderer::begin() {
     collecting_ = false;
     reach_ = static_cast<int>(window_);
     auto packets = std::exchange(collected_, {});
-    const ConstRtpPacketView anchor = findAnchor(packets);
-    ssrc_ = anchor.ssrc();
-    next_ = anchor.sequenceNumber();
+    const std::size_t strays = findRun(packets);
+    figures_.stray += strays;
+    packets.erase(packets.begin(), packets.begin() + static_cast<std::ptrdiff_t>(strays));
+    setStart(packets);
+    for (auto& packet : packets) {
+        // One of them may have begun a run of its own, for which the rest is collected.
+        if (collecting_)
+            collected_.push_back(std::move(packet));
+        else
+            place(std::move(packet));
+    }
+}
+
+void MediaOrderer::setStart(const std::vector<std::unique_ptr<RtpPacket>>& packets) {
+    const ConstRtpPacketView first = packets.front()->view;
+    ssrc_ = first.ssrc();
+    next_ = first.sequenceNumber();
     for (const auto& packet : packets) {
         const std::uint16_t number = packet->view.sequenceNumber();
         const bool near = packet->view.ssrc() == ssrc_ &&
-                          serialDistance(number, anchor.sequenceNumber()) < static_cast<int>(window_);
+                          serialDistance(number, first.sequenceNumber()) < static_cast<int>(window_);
         if (near && serialDistance(next_, number) < 0) next_ = number;
     }
-    for (auto& packet : packets) place(std::move(packet));
 }
 
-/// Some of the first packets may be strays: the run is that of the first one with most company.
-ConstRtpPacketView MediaOrderer::findAnchor(const std::vector<std::unique_ptr<RtpPacket>>& packets) const {
-    const auto reach = static_cast<int>(startHold_ + window_);
-    const auto company = [&](const std::unique_ptr<RtpPacket>& one) {
-        return std::count_if(packets.begin(), packets.end(), [&](const auto& other) {
-            const int ahead = serialDistance(one->view.sequenceNumber(), other->view.sequenceNumber());
-            return other->view.ssrc() == one->view.ssrc() && ahead > -reach && ahead < reach;
-        });
+/// Some of the first packets may be strays: where the run that has most of them begins.
+std::size_t MediaOrderer::findRun(const std::vector<std::unique_ptr<RtpPacket>>& packets) const {
+    struct Run {
+        std::size_t first;
+        std::size_t last;
+        std::size_t count;
     };
-    const auto less = [&](const auto& one, const auto& other) { return company(one) < company(other); };
-    return (*std::max_element(packets.begin(), packets.end(), less))->view;
+    std::vector<Run> runs;
+    for (std::size_t i = 0; i < packets.size(); ++i) {
+        const auto run = std::find_if(runs.begin(), runs.end(),
+                                      [&](const Run& r) { return isNear(*packets[r.last], *packets[i]); });
+        if (run == runs.end())
+            runs.push_back({i, i, 1});
+        else
+            *run = {run->first, i, run->count + 1};
+    }
+    const auto fewer = [](const Run& a, const Run& b) { return a.count < b.count; };
+    return std::max_element(runs.begin(), runs.end(), fewer)->first;
+}
+
+bool MediaOrderer::isNear(const RtpPacket& one, const RtpPacket& other) const {
+    const int ahead = serialDistance(one.view.sequenceNumber(), other.view.sequenceNumber());
+    return one.view.ssrc() == other.view.ssrc() &&
+           std::abs(ahead) < believedWindows * static_cast<int>(window_);
 }
 
 int MediaOrderer::distance(const RtpPacket& packet) const {
@@ -149,7 +176,7 @@ void MediaOrderer::restartWith(std::unique_ptr<RtpPacket> packet) {
 }
 
 void MediaOrderer::flush() {
-    begin();
+    while (collecting_ && !collected_.empty()) begin();
     if (stray_ && strayIsAhead()) jumpTo(std::exchange(stray_, nullptr));
     handOnHeld();
 }

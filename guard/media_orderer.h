@@ -49,7 +49,9 @@ public:
     const Figures& figures() const { return figures_; }
 
 private:
-    ConstRtpPacketView findAnchor(const std::vector<std::unique_ptr<RtpPacket>>& packets) const;
+    void setStart(const std::vector<std::unique_ptr<RtpPacket>>& packets);
+    std::size_t findRun(const std::vector<std::unique_ptr<RtpPacket>>& packets) const;
+    bool isNear(const RtpPacket& one, const RtpPacket& other) const;
     int distance(const RtpPacket& packet) const;
     void place(std::unique_ptr<RtpPacket> packet);
     /// Its number came before with another timestamp: this is another run.

@@ -109,8 +109,7 @@ void PacketGuard::handOnEarly() {
 void PacketGuard::handOnMedia(std::unique_ptr<RtpPacket> media, bool afterHole) {
     const std::uint16_t number = media->view.sequenceNumber();
     if (afterHole) unbroken_ = 0;
-    const bool first = !previous_;
-    const bool wraps = !first && number < *previous_;
+    const bool wraps = previous_ && number < *previous_;
     const bool renew = wraps && mayHoldFec();
     if (renew)
         renewAtWrap(number);
@@ -123,7 +122,7 @@ void PacketGuard::handOnMedia(std::unique_ptr<RtpPacket> media, bool afterHole) 
     last_ =
         number == lastNumber ? std::make_unique<RtpPacket>(media->view.data, media->view.length) : nullptr;
     output_(ReceiverInput::media, std::move(media));
-    if (first || renew) teachMatrix(number);
+    if (renew) teachMatrix(number);
     if (wraps) handOnEarly();
 }
 
@@ -164,6 +163,7 @@ void PacketGuard::onRestart() {
     restarted_ = true;
     unbroken_ = 0;
     matrix_ = {};
+    fecKeptBack_ += early_.size();
     early_.clear();
 }
 

@@ -1,10 +1,13 @@
 #include "host/commands/options.h"
 
 #include <exception>
+#include <initializer_list>
 #include <map>
 #include <string>
+#include <utility>
 
 #include "host/commands/commands.h"
+#include "host/io/file_error.h"
 
 namespace mvrtpfec {
 
@@ -13,13 +16,25 @@ namespace {
 /// FECB needs the port four above.
 constexpr int maxMediaPort = 65531;
 
+/// An option that takes one of a few words.
+template <class Value>
+CLI::Option* addChoice(CLI::App& command, const std::string& name, Value& value,
+                       std::initializer_list<std::pair<const std::string, Value>> choices,
+                       const std::string& help) {
+    const auto take = [name, &value, words = std::map<std::string, Value>(choices)](const std::string& word) {
+        const auto found = words.find(word);
+        if (found == words.end()) throw CLI::ValidationError(name, "there is no choice '" + word + "'");
+        value = found->second;
+    };
+    return command.add_option_function<std::string>(name, take, help);
+}
+
 }  // namespace
 
 void addMatrixOptions(CLI::App& command, MatrixConfig& matrix) {
-    const std::map<std::string, FecMode> modes{{"row", fecRow}, {"column", fecColumn}, {"both", fecBoth}};
-    command.add_option("--mode", matrix.mode, "FEC packets to make: row, column or both")
+    addChoice(command, "--mode", matrix.mode, {{"row", fecRow}, {"column", fecColumn}, {"both", fecBoth}},
+              "FEC packets to make: row, column or both")
         ->required()
-        ->transform(CLI::CheckedTransformer(modes))
         ->type_name("MODE");
     command.add_option("--columns", matrix.columns, "L, columns of the matrix: 1 to 20, with both 4 to 20")
         ->required()
@@ -37,12 +52,8 @@ void addPortOption(CLI::App& command, std::uint16_t& port) {
 }
 
 void addGuardOption(CLI::App& command, bool& guard) {
-    const std::map<std::string, bool> states{{"on", true}, {"off", false}};
-    command
-        .add_option(
-            "--guard", guard,
-            std::string("Packet guard in front of the receiver: on or off [") + (guard ? "on]" : "off]"))
-        ->transform(CLI::CheckedTransformer(states))
+    addChoice(command, "--guard", guard, {{"on", true}, {"off", false}},
+              std::string("Packet guard in front of the receiver: on or off [") + (guard ? "on]" : "off]"))
         ->type_name("STATE");
 }
 
@@ -58,6 +69,10 @@ void checkMatrix(const MatrixConfig& matrix) {
     } catch (const std::exception& error) {
         throw UsageError(error.what());
     }
+}
+
+void requireMedia(std::uint64_t packets, const std::string& path, std::uint16_t port) {
+    if (packets == 0) throw FileError(path, "no RTP packets to UDP port " + std::to_string(port));
 }
 
 FileFormat requireFormat(const std::string& path) {

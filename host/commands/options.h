@@ -21,6 +21,8 @@ void addJsonOption(CLI::App& command, std::string& path);
 
 /// Throws UsageError with the composer's own message.
 void checkMatrix(const MatrixConfig& matrix);
+/// Throws FileError when a source has had no media for us.
+void requireMedia(std::uint64_t packets, const std::string& path, std::uint16_t port);
 /// Throws UsageError for a name whose extension tells no format.
 FileFormat requireFormat(const std::string& path);
 

@@ -24,7 +24,7 @@ int complain(const char* what, ExitStatus status) {
 /// Help and version asked for end well; every other parse error is wrong usage.
 int answer(const CLI::App& app, const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return app.exit(error);
-    return complain(error.what(), wrongUsage);
+    return complain(fmt::format("{} (--help tells more)", error.what()).c_str(), wrongUsage);
 }
 
 }  // namespace

@@ -31,11 +31,11 @@ struct ProtectFigures {
 };
 
 /// Copies the media and adds the FEC packets that each media packet completes behind it.
-ProtectFigures protectStream(PacketSource& source, PacketSink& sink, const MatrixConfig& matrix) {
+ProtectFigures protectStream(PacketSource& source, PacketSink& sink, const ProtectOptions& options) {
     ProtectFigures figures;
     Datagram media;
     Datagram fec;
-    FecSender sender(matrix, [&](StreamPort port, ConstRtpPacketView packet) {
+    FecSender sender(options.matrix, [&](StreamPort port, ConstRtpPacketView packet) {
         ++(port == StreamPort::fecA ? figures.fecA : figures.fecB);
         fec.port = port;
         fec.time = media.time;
@@ -55,6 +55,7 @@ ProtectFigures protectStream(PacketSource& source, PacketSink& sink, const Matri
         else
             sender.push(viewOf(media.payload));
     }
+    requireMedia(figures.media, options.in, options.port);
     sink.finish();
     return figures;
 }
@@ -67,7 +68,7 @@ void runProtect(const ProtectOptions& options) {
 
     const auto source = openSource(options.in, options.port);
     const auto sink = openSink(options.out, options.port, source->addressing());
-    const ProtectFigures figures = protectStream(*source, *sink, options.matrix);
+    const ProtectFigures figures = protectStream(*source, *sink, options);
 
     Table table{{"media packets", std::to_string(figures.media)},
                 {"FEC on FECA", std::to_string(figures.fecA)},

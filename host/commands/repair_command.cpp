@@ -25,10 +25,10 @@ struct RepairOptions {
 };
 
 /// Delivered packets bear the time of the packet that set them free, as a receiver would send them.
-RepairFigures repairStream(PacketSource& source, PacketSink& sink, bool guard) {
+RepairFigures repairStream(PacketSource& source, PacketSink& sink, const RepairOptions& options) {
     Datagram in;
     Datagram out;
-    RepairChain chain(guard, [&](ConstRtpPacketView packet) {
+    RepairChain chain(options.guard, [&](ConstRtpPacketView packet) {
         out.time = in.time;
         out.payload.assign(packet.data, packet.data + packet.length);
         sink.write(out);
@@ -41,8 +41,10 @@ RepairFigures repairStream(PacketSource& source, PacketSink& sink, bool guard) {
         chain.push(in.port, in.payload);
     }
     chain.finish();
+    const RepairFigures figures = chain.figures();
+    requireMedia(figures.delivered, options.in, options.port);
     sink.finish();
-    return chain.figures();
+    return figures;
 }
 
 void runRepair(const RepairOptions& options) {
@@ -50,7 +52,7 @@ void runRepair(const RepairOptions& options) {
     requireFormat(options.out);
     const auto source = openSource(options.in, options.port);
     const auto sink = openSink(options.out, options.port, source->addressing());
-    const RepairFigures figures = repairStream(*source, *sink, options.guard);
+    const RepairFigures figures = repairStream(*source, *sink, options);
 
     Table table;
     addRows(table, figures);

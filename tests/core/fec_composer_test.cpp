@@ -1,11 +1,11 @@
 #include "core/fec_composer.h"
 
-#include <gtest/gtest.h>
-
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "support/errors.h"
 #include "tests/core/packets.h"
@@ -71,13 +71,19 @@ TEST(FecComposer, rowsCompleteWithEveryLastColumn) {
 
 TEST(FecComposer, columnsAreStaggered) {
     // Column 0 from row 0, column 1 from row 3, column 2 from row 2, column 3 from row 1, column 4 again 0.
-    EXPECT_EQ(Composing(fecColumn, 5, 4).feed(36).finished,
-              (Schedule{{16, 'c', 1}, {20, 'c', 5}, {24, 'c', 9}, {28, 'c', 13}, {32, 'c', 17}, {36, 'c', 21}}));
+    EXPECT_EQ(
+        Composing(fecColumn, 5, 4).feed(36).finished,
+        (Schedule{{16, 'c', 1}, {20, 'c', 5}, {24, 'c', 9}, {28, 'c', 13}, {32, 'c', 17}, {36, 'c', 21}}));
 }
 
 TEST(FecComposer, rowReachesTheSinkBeforeTheColumn) {
-    EXPECT_EQ(Composing(fecBoth, 4, 4).feed(20).finished,
-              (Schedule{{4, 'r', 1}, {8, 'r', 5}, {12, 'r', 9}, {13, 'c', 1}, {16, 'r', 13}, {20, 'r', 17}, {20, 'c', 8}}));
+    EXPECT_EQ(Composing(fecBoth, 4, 4).feed(20).finished, (Schedule{{4, 'r', 1},
+                                                                    {8, 'r', 5},
+                                                                    {12, 'r', 9},
+                                                                    {13, 'c', 1},
+                                                                    {16, 'r', 13},
+                                                                    {20, 'r', 17},
+                                                                    {20, 'c', 8}}));
 }
 
 TEST(FecComposer, singleColumnCompletesWithEveryRow) {
@@ -105,14 +111,15 @@ TEST(FecComposer, modeNoneMakesNothing) {
 
 TEST(FecComposer, drawsTheColumnNumberBeforeTheRowNumber) {
     onFreshThread([] {
-        for (const auto [column, row] : {std::pair{41, 18467}, std::pair{6334, 26500}}) {
+        for (const auto& [column, row] : {std::pair{41, 18467}, std::pair{6334, 26500}}) {
             Composing composing(fecBoth, 4, 4);
             composing.feed(20);
             EXPECT_EQ(numbersOf(composing.packets),
-                      (std::vector<std::uint16_t>{static_cast<std::uint16_t>(row), static_cast<std::uint16_t>(row + 1),
-                                                  static_cast<std::uint16_t>(row + 2), static_cast<std::uint16_t>(column),
-                                                  static_cast<std::uint16_t>(row + 3), static_cast<std::uint16_t>(row + 4),
-                                                  static_cast<std::uint16_t>(column + 1)}));
+                      (std::vector<std::uint16_t>{
+                          static_cast<std::uint16_t>(row), static_cast<std::uint16_t>(row + 1),
+                          static_cast<std::uint16_t>(row + 2), static_cast<std::uint16_t>(column),
+                          static_cast<std::uint16_t>(row + 3), static_cast<std::uint16_t>(row + 4),
+                          static_cast<std::uint16_t>(column + 1)}));
         }
     });
 }
@@ -134,10 +141,10 @@ TEST(FecComposer, refusesMatricesWithTheseTexts) {
     const std::string columnsOne = "number of columns must be between 1 and 20 in this mode";
     const std::string product = "invalid number of columns and rows";
     const Case cases[] = {
-        {1, 4, 3, rows},         {1, 4, 21, rows},        {2, 4, 3, rows},        {3, 3, 21, rows},
-        {3, 3, 4, columnsBoth},  {3, 21, 4, columnsBoth}, {1, 0, 4, columnsOne},  {1, 21, 4, columnsOne},
-        {2, 0, 4, columnsOne},   {2, -1, 4, columnsOne},  {2, 20, 6, product},    {3, 11, 10, product},
-        {1, 20, 6, product},     {0, 101, 1, product},    {0, 4, 26, product},
+        {1, 4, 3, rows},        {1, 4, 21, rows},        {2, 4, 3, rows},       {3, 3, 21, rows},
+        {3, 3, 4, columnsBoth}, {3, 21, 4, columnsBoth}, {1, 0, 4, columnsOne}, {1, 21, 4, columnsOne},
+        {2, 0, 4, columnsOne},  {2, -1, 4, columnsOne},  {2, 20, 6, product},   {3, 11, 10, product},
+        {1, 20, 6, product},    {0, 101, 1, product},    {0, 4, 26, product},
     };
     for (const Case& c : cases) {
         try {
@@ -161,9 +168,10 @@ TEST(FecComposer, refusesModesFirstAndWithTheirOwnType) {
 }
 
 TEST(FecComposer, acceptsTheLimits) {
-    for (const auto [mode, columns, rows] : {std::array{1, 1, 4}, std::array{1, 5, 20}, std::array{2, 1, 20},
-                                             std::array{2, 20, 5}, std::array{3, 10, 10}, std::array{3, 4, 20},
-                                             std::array{3, 20, 4}, std::array{0, 4, 4}, std::array{0, 50, 2}})
+    for (const auto& [mode, columns, rows] :
+         {std::array{1, 1, 4}, std::array{1, 5, 20}, std::array{2, 1, 20}, std::array{2, 20, 5},
+          std::array{3, 10, 10}, std::array{3, 4, 20}, std::array{3, 20, 4}, std::array{0, 4, 4},
+          std::array{0, 50, 2}})
         EXPECT_NO_THROW(Composing(mode, columns, rows)) << mode << ' ' << columns << 'x' << rows;
 }
 
@@ -212,7 +220,8 @@ TEST(FecComposer, packetsThatFitNoFecPacketTakeNoPlace) {
     shortFec[1] = fecPayloadType;
     Composing composing(fecRow, 4, 4);
     composing.feed(2);
-    for (const Bytes& odd : {mediaPacket(70, 1401), shortFec, Bytes{}, Bytes(11, 0xff)}) composing.feedPacket(odd);
+    for (const Bytes& odd : {mediaPacket(70, 1401), shortFec, Bytes{}, Bytes(11, 0xff)})
+        composing.feedPacket(odd);
     EXPECT_EQ(composing.feed(6).finished, (Schedule{{8, 'r', 1}, {12, 'r', 9}}));
 }
 

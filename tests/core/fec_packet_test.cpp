@@ -13,7 +13,9 @@ const Bytes second = {0x80, 0x21, 0xff, 0xff, 0x01, 0x02, 0x03, 0x84,
                       0xde, 0xad, 0xbe, 0xef, 0x0f, 0x0f, 0x0f, 0xf0};
 const Bytes third = {0x80, 0xa1, 0x00, 0x00, 0x11, 0x02, 0x03, 0x04, 0xde, 0xad, 0xbe, 0xef, 0xa0};
 
-Bytes sized(std::size_t length) { return mediaPacket(1, length); }
+Bytes sized(std::size_t length) {
+    return mediaPacket(1, length);
+}
 
 Bytes marked(bool marker) {
     Bytes packet = sized(100);
@@ -21,7 +23,9 @@ Bytes marked(bool marker) {
     return packet;
 }
 
-std::uint16_t lengthRecovery(const Bytes& fec) { return readBigEndian16(fec.data() + fec_header::lengthRecovery); }
+std::uint16_t lengthRecovery(const Bytes& fec) {
+    return readBigEndian16(fec.data() + fec_header::lengthRecovery);
+}
 
 TEST(FecPacket, columnPacketByteForByte) {
     const Bytes expected = {0x80, 0x60, 0x12, 0x34, 0x01, 0x02, 0x03, 0x04,   // own number, first's timestamp
@@ -32,8 +36,9 @@ TEST(FecPacket, columnPacketByteForByte) {
 }
 
 TEST(FecPacket, rowPacketOverOnePacketIsItsCopyBehindTheHeader) {
-    const Bytes expected = {0x80, 0xe0, 0x00, 0x01, 0x01, 0x02, 0x03, 0x04, 0x00, 0x00, 0x00, 0x00, 0xff, 0xfe, 0x00,
-                            0x0e, 0xa1, 0x00, 0x00, 0x00, 0x01, 0x02, 0x03, 0x04, 0x40, 0x01, 0x01, 0x00, 0x11, 0x22};
+    const Bytes expected = {0x80, 0xe0, 0x00, 0x01, 0x01, 0x02, 0x03, 0x04, 0x00, 0x00,
+                            0x00, 0x00, 0xff, 0xfe, 0x00, 0x0e, 0xa1, 0x00, 0x00, 0x00,
+                            0x01, 0x02, 0x03, 0x04, 0x40, 0x01, 0x01, 0x00, 0x11, 0x22};
     EXPECT_EQ(fecPacketOver({first}, FecKind::row, 1, 1), expected);
 }
 
@@ -54,7 +59,9 @@ TEST(FecPacket, lengthRecoveryIsTheParityOfWholePackets) {
 }
 
 TEST(FecPacket, markerIsParity) {
-    const auto markerOf = [](std::vector<Bytes> media) { return viewOf(fecPacketOver(media, FecKind::row, 1)).marker(); };
+    const auto markerOf = [](std::vector<Bytes> media) {
+        return viewOf(fecPacketOver(media, FecKind::row, 1)).marker();
+    };
     EXPECT_FALSE(markerOf({marked(true), marked(false), marked(true)}));
     EXPECT_TRUE(markerOf({marked(true), marked(true), marked(true)}));
 }

@@ -29,9 +29,13 @@ public:
 private:
     std::int32_t strayNumber() {
         switch (random_.below(3)) {
-            case 0: next_ += random_.below(3); return wrapped(next_++);
-            case 1: return wrapped(next_ - 1 - random_.below(50));
-            default: return wrapped(next_ + random_.below(50));
+            case 0:
+                next_ += random_.below(3);
+                return wrapped(next_++);
+            case 1:
+                return wrapped(next_ - 1 - random_.below(50));
+            default:
+                return wrapped(next_ + random_.below(50));
         }
     }
     std::int32_t wrapped(std::int64_t number) const {
@@ -63,7 +67,7 @@ void runStream(std::uint64_t seed, Totals& totals) {
             more = core.Pop(item);
             const auto expected = model.pop();
             ASSERT_EQ(more, expected.has_value()) << "step " << step;
-            if (more) ASSERT_EQ(item, *expected) << "step " << step;
+            ASSERT_EQ(item, expected.value_or(-1)) << "step " << step;
             totals.popped += more;
         }
         if (random.chance(0.001)) {

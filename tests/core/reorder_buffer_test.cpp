@@ -1,10 +1,10 @@
 #include "core/reorder_buffer.h"
 
-#include <gtest/gtest.h>
-
 #include <numeric>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace mvrtpfec::testing {
 namespace {
@@ -141,7 +141,8 @@ TEST_F(ReorderBuffer, capacityIsAtMostHalfTheMaximum) {
         Buffer(32768, 65535, nullptr);
         ADD_FAILURE();
     } catch (const std::runtime_error& error) {
-        EXPECT_STREQ(error.what(), "Packet reorder buffer size must be less than half the max sequence number");
+        EXPECT_STREQ(error.what(),
+                     "Packet reorder buffer size must be less than half the max sequence number");
     }
 }
 

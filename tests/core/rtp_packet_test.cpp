@@ -23,11 +23,13 @@ TEST(RtpPacket, validityDependsOnTypeLengthAndFirstByte) {
         bool valid;
     };
     const Case cases[] = {
-        {0x80, 33, 11, false},   {0x80, 33, 12, true},         {0x80, 33, 1400, true},  {0x80, 33, 1401, false},
-        {0x80, 96, 27, false},   {0x80, 96, 28, true},         {0x80, 96, 1416, true},  {0x80, 96, 1417, false},
-        {0x80, 33 | 0x80, 1328, true}, {0x80, 96 | 0x80, 1344, true}, {0x80, 34, 1328, false}, {0x80, 34, 12, false},
-        {0xa0, 33, 1328, false}, {0x90, 33, 1328, false},      {0x81, 33, 1328, false}, {0x88, 33, 1328, false},
-        {0x40, 33, 1328, false}, {0xc0, 33, 1328, false},      {0x00, 33, 1328, false}, {0xa0, 96, 1328, false},
+        {0x80, 33, 11, false},         {0x80, 33, 12, true},    {0x80, 33, 1400, true},
+        {0x80, 33, 1401, false},       {0x80, 96, 27, false},   {0x80, 96, 28, true},
+        {0x80, 96, 1416, true},        {0x80, 96, 1417, false}, {0x80, 33 | 0x80, 1328, true},
+        {0x80, 96 | 0x80, 1344, true}, {0x80, 34, 1328, false}, {0x80, 34, 12, false},
+        {0xa0, 33, 1328, false},       {0x90, 33, 1328, false}, {0x81, 33, 1328, false},
+        {0x88, 33, 1328, false},       {0x40, 33, 1328, false}, {0xc0, 33, 1328, false},
+        {0x00, 33, 1328, false},       {0xa0, 96, 1328, false},
     };
     for (const Case& c : cases)
         EXPECT_EQ(isValid(packetOf(c.byte0, c.byte1, c.length)), c.valid)

@@ -62,6 +62,13 @@ TEST_F(MediaOrdererTest, BeginsWithTheRunNotWithAStray) {
     EXPECT_EQ(orderer_.figures().restarts, 0u);
 }
 
+TEST_F(MediaOrdererTest, ARestartAmongTheFirstPackets) {
+    start({10, 11, 12, 13, 5000, 5001, 5002});
+    EXPECT_EQ(out(), " 10 11 12 13 !");
+    orderer_.flush();
+    EXPECT_EQ(out(), " 5000 5001 5002");
+}
+
 TEST_F(MediaOrdererTest, WaitsForAHoleUntilTheWindowHasPassed) {
     start({65533});
     push({65535, 0, 1});

@@ -86,6 +86,31 @@ TEST_P(LoopedFile, FlowsOn) {
 
 INSTANTIATE_TEST_SUITE_P(Guard, LoopedFile, ::testing::Values(300, 700, 3000));
 
+class ChangedMatrix : public ::testing::TestWithParam<bool> {};
+
+TEST_P(ChangedMatrix, IsFollowed) {
+    const bool newSource = GetParam();
+    const std::vector<Matrix> matrices{{5, 5}, {20, 5}, {4, 20}, {10, 10}, {5, 5}};
+    Source source = shortPackets(500);
+    StreamRun run(Mode::guarded, matrix, source, {0.03});
+    run.send(3000);
+    for (const Matrix& next : matrices) {
+        source.firstNumber = static_cast<std::uint16_t>(run.nextNumber() + (newSource ? 4000 : 0));
+        source.ssrc += newSource;
+        ++source.seed;
+        run.restart(source, next);
+        run.send(3000);
+    }
+    run.finish();
+    EXPECT_EQ(run.delivery().mismatched, 0);
+    EXPECT_EQ(run.delivery().disordered, 0);
+    EXPECT_LE(run.delivery().longestSilence, flowsAgainAfter);
+    const auto changes = static_cast<std::int64_t>(matrices.size());
+    EXPECT_LE(run.residual(), run.idealResidual() + 2 * changes);
+}
+
+INSTANTIATE_TEST_SUITE_P(Guard, ChangedMatrix, ::testing::Bool());
+
 // A decoder that is replaced right behind a wrap can't release what it holds behind 65534.
 TEST(RestartAtTheWrap, LosesAtMostTheWindow) {
     for (const int last : {65534, 65535, 0, 1, 150}) {

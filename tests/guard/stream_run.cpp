@@ -25,6 +25,11 @@ void StreamRun::restart(const Source& source) {
                                        [this](const WirePacket& packet) { channel_.push(packet); });
 }
 
+void StreamRun::restart(const Source& source, const Matrix& matrix) {
+    matrix_ = matrix;
+    restart(source);
+}
+
 void StreamRun::send(int packets) {
     sender_->send(packets);
     counted_ = log_.count();

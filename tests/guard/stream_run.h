@@ -30,6 +30,7 @@ public:
     void send(int packets);
     /// A source that starts anew, its FEC with it.
     void restart(const Source& source);
+    void restart(const Source& source, const Matrix& matrix);
     /// Straight into the chain, past the network.
     void inject(ReceiverInput port, Bytes bytes) { chain_.push(port, bytes); }
     /// From now on the network gives each packet to `tap` too.

@@ -171,6 +171,9 @@ TEST_F(Protected, BrokenFilesGiveOneLineThatNamesThemAndLeaveNoOutput) {
         EXPECT_NE(result.text.find("mvrtpfec: " + in + ": "), std::string::npos) << result.text;
         EXPECT_EQ(std::count(result.text.begin(), result.text.end(), '\n'), 1) << result.text;
     }
+    EXPECT_NE(
+        run("repair fec.pcap out.ts --port 9000").text.find("fec.pcap: no RTP packets to UDP port 9000"),
+        std::string::npos);
     EXPECT_EQ(fileCount(), before);
     EXPECT_EQ(run("repair fec.pcap nowhere/out.ts").status, 1);
     EXPECT_EQ(run("repair fec.pcap out.ts --json /dev/full").status, 1);

@@ -64,7 +64,8 @@ private:
 
     void create() {
         core_ = std::make_unique<CFecDecoder>([this](RtpPacket* packet) {
-            if (packet->view.length > packet->bufferSize()) differ("released packet is shorter than its length");
+            if (packet->view.length > packet->bufferSize())
+                differ("released packet is shorter than its length");
             take(coreReleases_, Bytes(packet->view.data, packet->view.data + packet->view.length));
         });
         model_ = std::make_unique<FecDecoder>(
@@ -73,7 +74,8 @@ private:
 
     void take(Releases& releases, Bytes packet) const {
         releases.push_back(std::move(packet));
-        if (throwEvery_ != 0 && releases.size() % throwEvery_ == 0) throw std::runtime_error("a receiver's own");
+        if (throwEvery_ != 0 && releases.size() % throwEvery_ == 0)
+            throw std::runtime_error("a receiver's own");
     }
 
     void compareCounters() {
