@@ -23,10 +23,10 @@ class CRtpPacketReorderBuffer {
 public:
     using KeyFunction = std::function<std::int32_t(T)>;
 
-    /// Throws std::runtime_error when `capacity` is above half of `maxSequenceNumber`.
+    /// Throws std::runtime_error when `capacity` is negative or above half of `maxSequenceNumber`.
     CRtpPacketReorderBuffer(std::int32_t capacity, std::int32_t maxSequenceNumber, KeyFunction keyOf)
         : maxSequenceNumber_(maxSequenceNumber), capacity_(capacity), keyOf_(std::move(keyOf)) {
-        if (maxSequenceNumber / 2 < capacity)
+        if (capacity < 0 || maxSequenceNumber / 2 < capacity)
             throw std::runtime_error(
                 "Packet reorder buffer size must be less than half the max sequence number");
         entries_.reserve(static_cast<std::size_t>(capacity) + 1);

@@ -24,6 +24,9 @@ using model::Bytes;
 
 constexpr int mostFailures = 16;
 constexpr std::uint8_t lostFlag = 0x40;
+/// Steps from here on are up to 16 numbers back, which a small window answers with a failure; others are
+/// up to 7 forward.
+constexpr std::uint8_t firstStepBack = 0xf0;
 
 /// The input, byte by byte; zeros behind its end.
 class Input {
@@ -51,7 +54,8 @@ private:
 class Sender {
 public:
     Bytes media(Input& input) {
-        number_ = static_cast<std::uint16_t>(number_ + 1 + static_cast<std::int8_t>(input.next()));
+        const std::uint8_t step = input.next();
+        number_ = static_cast<std::uint16_t>(number_ + 1 + (step >= firstStepBack ? step - 256 : step % 8));
         Bytes packet(rtpHeaderSize + input.next() % 64, input.next());
         packet[0] = versionTwo;
         packet[1] = static_cast<std::uint8_t>(mediaPayloadType | (packet.size() % 2 != 0 ? markerBit : 0));

@@ -1,5 +1,6 @@
 #include "guard/control_packets.h"
 
+#include <algorithm>
 #include <array>
 
 namespace mvrtpfec {
@@ -36,7 +37,7 @@ void MatrixSize::learn(FecKind kind, const ProtectedRange& range) {
 
 std::unique_ptr<RtpPacket> makeSpacer(std::uint16_t sequenceNumber, const MatrixSize& matrix,
                                       std::uint16_t handedOn) {
-    auto packet = makeBarrenFec(FecKind::row, handedOn, 0, matrix.columns);
+    auto packet = makeBarrenFec(FecKind::row, handedOn, 0, std::max<std::uint8_t>(matrix.columns, 1));
     writeBigEndian16(packet->view.data + 2, sequenceNumber);
     return packet;
 }

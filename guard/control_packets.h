@@ -22,7 +22,7 @@ struct MatrixSize {
 };
 
 /// Makes the media input's ordering buffer start afresh, so that it takes any number next, and means
-/// nothing to the decoder: a row FEC packet over the one number `handedOn`. Needs known columns.
+/// nothing to the decoder: a row FEC packet over the one number `handedOn`. Columns not known count as 1.
 std::unique_ptr<RtpPacket> makeSpacer(std::uint16_t sequenceNumber, const MatrixSize& matrix,
                                       std::uint16_t handedOn);
 

@@ -109,15 +109,28 @@ void MediaOrderer::place(std::unique_ptr<RtpPacket> packet) {
     handOnDue();
 }
 
-bool MediaOrderer::contradicts(const RtpPacket& packet) const {
-    const int ahead = distance(packet);
-    const std::uint16_t number = packet.view.sequenceNumber();
-    if (ahead < 0)
-        return -ahead <= reach_ && handedOn_.contains(number) &&
-               timestamps_[number % lateZone] != packet.view.timestamp();
-    if (ahead >= static_cast<int>(window_)) return false;
+std::optional<std::uint32_t> MediaOrderer::timestampOf(std::uint16_t number) const {
+    const int ahead = serialDistance(next_, number);
+    if (ahead < 0) {
+        if (-ahead > reach_ || !handedOn_.contains(number)) return std::nullopt;
+        return timestamps_[number % lateZone];
+    }
+    if (ahead >= static_cast<int>(window_)) return std::nullopt;
     const auto& held = slots_[(head_ + static_cast<std::size_t>(ahead)) % window_];
-    return held && held->view.timestamp() != packet.view.timestamp();
+    return held ? std::optional(held->view.timestamp()) : std::nullopt;
+}
+
+bool MediaOrderer::contradicts(const RtpPacket& packet) const {
+    return timestampOf(packet.view.sequenceNumber()).value_or(packet.view.timestamp()) !=
+           packet.view.timestamp();
+}
+
+bool MediaOrderer::agrees(std::uint16_t number, std::uint32_t timestamp) const {
+    if (collecting_) return true;
+    if (const auto seen = timestampOf(number)) return *seen == timestamp;
+    const auto newest = timestampOf(static_cast<std::uint16_t>(next_ - 1));
+    const bool isAhead = serialDistance(next_, number) >= 0;
+    return !isAhead || !newest || static_cast<std::int32_t>(timestamp - *newest) >= 0;
 }
 
 void MediaOrderer::leaveOut(std::uint16_t sequenceNumber) {

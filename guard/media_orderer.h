@@ -46,6 +46,9 @@ public:
 
     /// Where the run stands: the number handed on last, or the first one collected; none before that.
     std::optional<std::uint16_t> position() const;
+    /// False when the packet of that number in this run can't have that timestamp: another one was seen,
+    /// or the number is ahead and the timestamp isn't.
+    bool agrees(std::uint16_t number, std::uint32_t timestamp) const;
     const Figures& figures() const { return figures_; }
 
 private:
@@ -54,6 +57,8 @@ private:
     bool isNear(const RtpPacket& one, const RtpPacket& other) const;
     int distance(const RtpPacket& packet) const;
     void place(std::unique_ptr<RtpPacket> packet);
+    /// The timestamp that came with a number of this run, as far as it is remembered.
+    std::optional<std::uint32_t> timestampOf(std::uint16_t number) const;
     /// Its number came before with another timestamp: this is another run.
     bool contradicts(const RtpPacket& packet) const;
     void leaveOut(std::uint16_t sequenceNumber);

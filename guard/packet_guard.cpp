@@ -58,10 +58,15 @@ void PacketGuard::flush() {
 GuardFigures PacketGuard::figures() const {
     const MediaOrderer::Figures& media = orderer_.figures();
     return {media.late,   media.repeated + repeatedFec_, media.holes,
-            fecKeptBack_, media.stray + foreign_,        media.restarts};
+            fecKeptBack_, media.stray + foreign_,        media.restarts,
+            refed_};
 }
 
 void PacketGuard::pushFec(std::unique_ptr<RtpPacket> fec) {
+    if (!orderer_.agrees(protectedRange(fec->view).base, fec->view.timestamp())) {
+        ++fecKeptBack_;
+        return;
+    }
     const FecGate::Verdict verdict = gate_.judge(fec->view, orderer_.position());
     if (verdict == FecGate::Verdict::repeated) {
         ++repeatedFec_;
@@ -133,7 +138,8 @@ bool PacketGuard::mayHoldFec() const {
 }
 
 void PacketGuard::startAfresh(std::uint16_t next) {
-    if (matrix_.columns == 0) return renewDecoder(next);
+    // Without a matrix the decoder holds two packets and is soon replaced, but it would take 65535 along.
+    if (matrix_.columns == 0 && previous_ != lastNumber) return renewDecoder(next);
     const auto handedOn = previous_.value_or(static_cast<std::uint16_t>(next - 1));
     output_(ReceiverInput::media, makeSpacer(farFrom(next), matrix_, handedOn));
 }
@@ -148,6 +154,7 @@ void PacketGuard::renewAtWrap(std::uint16_t next) {
     if (!last_) return renewDecoder(next);
     renewDecoder(lastNumber);
     output_(ReceiverInput::media, std::move(last_));
+    ++refed_;
     if (next != 0) startAfresh(next);
 }
 

@@ -20,7 +20,7 @@ enum class ReceiverInput : std::uint8_t { media = 0, columnFec = 1, rowFec = 2 }
 struct GuardSettings {
     std::size_t window = 20;  ///< packets by which one may be overtaken and still be put in its place
     /// Packets held back at most at the start of a run, until a column FEC packet has told the decoder
-    /// how long to keep them. It holds more than one of our matrices, and less than the decoder does.
+    /// how long to keep them. More than one of our largest matrices.
     std::size_t startHold = 128;
 };
 
@@ -32,6 +32,7 @@ struct GuardFigures {
     std::uint64_t fecKeptBack = 0;
     std::uint64_t foreign = 0;  ///< no valid media or FEC packet, or a stray one of another source
     std::uint64_t restarts = 0;
+    std::uint64_t refed = 0;  ///< media packets given to the receiver twice, at a wrap
 };
 
 /// Stands in front of a receiver's three inputs and gives it a stream it repairs well.
@@ -88,6 +89,7 @@ private:
     std::uint64_t repeatedFec_ = 0;
     std::uint64_t fecKeptBack_ = 0;
     std::uint64_t foreign_ = 0;
+    std::uint64_t refed_ = 0;
 };
 
 }  // namespace mvrtpfec

@@ -17,8 +17,11 @@ void remember(int signal) {
 }  // namespace
 
 void watchForInterruption() {
-    std::signal(SIGINT, remember);
-    std::signal(SIGTERM, remember);
+    // Without SA_RESTART, so that a read that waits for a silent pipe fails and the work unwinds.
+    struct sigaction action {};
+    action.sa_handler = remember;
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
 }
 
 void throwIfInterrupted() {

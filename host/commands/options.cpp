@@ -1,6 +1,7 @@
 #include "host/commands/options.h"
 
 #include <exception>
+#include <filesystem>
 #include <initializer_list>
 #include <map>
 #include <string>
@@ -71,8 +72,20 @@ void checkMatrix(const MatrixConfig& matrix) {
     }
 }
 
-void requireMedia(std::uint64_t packets, const std::string& path, std::uint16_t port) {
-    if (packets == 0) throw FileError(path, "no RTP packets to UDP port " + std::to_string(port));
+void requireMedia(std::uint64_t packets, const PacketSource& source, const std::string& path,
+                  std::uint16_t port) {
+    if (packets > 0) return;
+    std::string message = "no usable RTP media packets to UDP port " + std::to_string(port);
+    if (source.cutDatagrams() > 0)
+        message += ", " + std::to_string(source.cutDatagrams()) + " cut short by the capture";
+    throw FileError(path, message);
+}
+
+void requireDistinct(const std::string& one, const std::string& other) {
+    if (one.empty() || other.empty()) return;
+    std::error_code error;
+    if (std::filesystem::weakly_canonical(one, error) == std::filesystem::weakly_canonical(other, error))
+        throw UsageError(one + " is named for two outputs");
 }
 
 FileFormat requireFormat(const std::string& path) {

@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 
 #include "host/io/file_format.h"
+#include "host/io/packet_source.h"
 #include "host/stages/fec_sender.h"
 
 // Options that several commands share, each with its text in one place.
@@ -21,8 +22,11 @@ void addJsonOption(CLI::App& command, std::string& path);
 
 /// Throws UsageError with the composer's own message.
 void checkMatrix(const MatrixConfig& matrix);
-/// Throws FileError when a source has had no media for us.
-void requireMedia(std::uint64_t packets, const std::string& path, std::uint16_t port);
+/// Throws FileError when a source has had no usable media.
+void requireMedia(std::uint64_t packets, const PacketSource& source, const std::string& path,
+                  std::uint16_t port);
+/// Throws UsageError when two files to be written are one.
+void requireDistinct(const std::string& one, const std::string& other);
 /// Throws UsageError for a name whose extension tells no format.
 FileFormat requireFormat(const std::string& path);
 

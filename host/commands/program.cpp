@@ -27,6 +27,13 @@ int answer(const CLI::App& app, const CLI::ParseError& error) {
     return complain(fmt::format("{} (--help tells more)", error.what()).c_str(), wrongUsage);
 }
 
+void requireKnownCommand(const CLI::App& app, int argc, char** argv) {
+    const std::string word = argc > 1 ? argv[1] : "--help-needed";
+    const auto bearsIt = [&](const CLI::App* command) { return command->get_name() == word; };
+    if (word.starts_with("-") || !app.get_subcommands(bearsIt).empty()) return;
+    throw UsageError("there is no command '" + word + "' (--help tells more)");
+}
+
 }  // namespace
 
 int runProgram(int argc, char** argv) {
@@ -42,6 +49,7 @@ int runProgram(int argc, char** argv) {
     addSimulateCommand(app);
 
     try {
+        requireKnownCommand(app, argc, argv);
         app.parse(argc, argv);
         return done;
     } catch (const CLI::ParseError& error) {

@@ -55,7 +55,7 @@ ProtectFigures protectStream(PacketSource& source, PacketSink& sink, const Prote
         else
             sender.push(viewOf(media.payload));
     }
-    requireMedia(figures.media, options.in, options.port);
+    requireMedia(figures.media, source, options.in, options.port);
     sink.finish();
     return figures;
 }

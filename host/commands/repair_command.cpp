@@ -42,7 +42,7 @@ RepairFigures repairStream(PacketSource& source, PacketSink& sink, const RepairO
     }
     chain.finish();
     const RepairFigures figures = chain.figures();
-    requireMedia(figures.delivered, options.in, options.port);
+    requireMedia(figures.delivered, source, options.in, options.port);
     sink.finish();
     return figures;
 }
@@ -50,6 +50,7 @@ RepairFigures repairStream(PacketSource& source, PacketSink& sink, const RepairO
 void runRepair(const RepairOptions& options) {
     requireFormat(options.in);
     requireFormat(options.out);
+    requireDistinct(options.out, options.json);
     const auto source = openSource(options.in, options.port);
     const auto sink = openSink(options.out, options.port, source->addressing());
     const RepairFigures figures = repairStream(*source, *sink, options);

@@ -51,6 +51,9 @@ void addRows(Table& table, const RepairFigures& figures) {
     table.emplace_back("repeated", std::to_string(figures.guard->repeated));
     table.emplace_back("holes skipped", std::to_string(figures.guard->holesSkipped));
     table.emplace_back("FEC kept back", std::to_string(figures.guard->fecKeptBack));
+    if (figures.guard->foreign > 0) table.emplace_back("foreign", std::to_string(figures.guard->foreign));
+    if (figures.guard->restarts > 0)
+        table.emplace_back("source restarts", std::to_string(figures.guard->restarts));
 }
 
 void addSourceRows(Table& table, const PacketSource& source) {

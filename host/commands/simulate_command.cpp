@@ -19,6 +19,9 @@ namespace mvrtpfec {
 
 namespace {
 
+/// Up to here a seed is read exactly whatever reads it.
+constexpr double maxSeed = 0x1p53;
+
 struct SimulateOptions {
     std::string in;
     std::string output;
@@ -71,7 +74,7 @@ SimulateFigures simulateStream(PacketSource& source, PacketSink* output, const S
         channel.push(StreamPort::media, media.payload);
         sender.push(viewOf(media.payload));
     }
-    requireMedia(history.sent(), options.in, options.port);
+    requireMedia(history.sent(), source, options.in, options.port);
     channel.finish();
     receiver.finish();
     if (output != nullptr) output->finish();
@@ -119,7 +122,7 @@ void runSimulate(SimulateOptions options) {
     } catch (const std::invalid_argument& error) {
         throw UsageError(error.what());
     }
-    if (options.in.empty()) options.in = findSample().string();
+    requireDistinct(options.output, options.json);
     requireFormat(options.in);
     const auto source = openSource(options.in, options.port);
     std::unique_ptr<PacketSink> output;
@@ -148,6 +151,7 @@ void addChannelOptions(CLI::App& command, ChannelConfig& channel) {
         ->capture_default_str()
         ->type_name("SHARE");
     command.add_option("--seed", channel.seed, "Seed of the channel: the same seed, the same losses")
+        ->check(CLI::Range(0.0, maxSeed))
         ->capture_default_str()
         ->type_name("S");
 }
@@ -170,6 +174,7 @@ void addSimulateCommand(CLI::App& app) {
         "  mvrtpfec simulate --mode both --columns 10 --rows 10 --loss 0.03\n"
         "  mvrtpfec simulate movie.ts --mode row --columns 8 --rows 4 --burst 5 --seed 7 --output out.ts");
     command->callback([command, options] {
+        if (command->count("IN") == 0) options->in = findSample().string();
         if (command->count("--fec-loss") == 0) options->channel.fecLoss = options->channel.loss;
         runSimulate(*options);
     });

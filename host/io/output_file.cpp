@@ -37,6 +37,18 @@ std::optional<int> descriptorNamed(std::string_view path) {
     return std::nullopt;
 }
 
+/// Follows links up to a path that stands for a descriptor, or to the end, existing or not.
+std::filesystem::path followed(std::filesystem::path path) {
+    constexpr int maxLinks = 40;
+    std::error_code error;
+    for (int i = 0; i < maxLinks && !descriptorNamed(path.string()); ++i) {
+        const std::filesystem::path link = std::filesystem::read_symlink(path, error);
+        if (error) break;
+        path = path.parent_path() / link;
+    }
+    return path;
+}
+
 std::string temporaryName() {
     static std::atomic<unsigned> count = 0;
     return ".mvrtpfec-" + std::to_string(getpid()) + "-" + std::to_string(count++) + ".part";
@@ -53,7 +65,8 @@ OutputFile::OutputFile(std::filesystem::path path) : path_(std::move(path)) {
     buffer_.reserve(bufferSize);
     struct stat old {};
     const bool exists = stat(path_.c_str(), &old) == 0;
-    if (const std::optional<int> given = descriptorNamed(path_.string())) {
+    target_ = followed(path_);
+    if (const std::optional<int> given = descriptorNamed(target_.string())) {
         descriptor_ = fcntl(*given, F_DUPFD_CLOEXEC, 0);
         if (descriptor_ < 0) fail("cannot open for writing");
     } else if (exists && !S_ISREG(old.st_mode)) {
@@ -71,9 +84,6 @@ void OutputFile::openDirectly(const char* name) {
 /// `modeOfOld` is that of the file to be replaced, 0 when there is none.
 void OutputFile::openBeside(mode_t modeOfOld) {
     if (modeOfOld != 0 && access(path_.c_str(), W_OK) != 0) fail("cannot open for writing");
-    std::error_code ignored;
-    target_ = modeOfOld != 0 ? std::filesystem::canonical(path_, ignored) : path_;
-    if (target_.empty()) target_ = path_;
     const std::filesystem::path name = target_.parent_path() / temporaryName();
     descriptor_ = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (descriptor_ < 0) fail("cannot create");

@@ -41,7 +41,7 @@ private:
     [[noreturn]] void fail(const char* action) const;
 
     std::filesystem::path path_;       ///< as asked for
-    std::filesystem::path target_;     ///< with links followed; empty when written directly
+    std::filesystem::path target_;     ///< with links followed
     std::filesystem::path temporary_;  ///< empty when written directly, and after finish()
     int descriptor_ = -1;
     std::vector<std::uint8_t> buffer_;

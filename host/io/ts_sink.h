@@ -5,8 +5,7 @@
 
 namespace mvrtpfec {
 
-/// Writes the payloads of media packets one behind the other: the transport stream again. The RTP
-/// header is taken to be the bare 12 bytes, which is the only one that the decoder lets through.
+/// Writes the payloads of media packets one behind the other: the transport stream again.
 class TsSink : public PacketSink {
 public:
     explicit TsSink(const std::filesystem::path& path) : path_(path), file_(path) {}

@@ -51,19 +51,31 @@ void RepairChain::feed(std::size_t input, std::unique_ptr<RtpPacket> packet) {
     rethrowOutputError();
 }
 
-/// An FEC packet leaves its sender after all the packets it protects, so it tells of media packets that
-/// were sent last and never came.
 void RepairChain::note(ConstRtpPacketView packet) {
-    if (packet.payloadType() == mediaPayloadType) {
-        const std::uint16_t number = packet.sequenceNumber();
-        const int ahead = newest_ ? serialDistance(*newest_, number) : 1;
-        if (ahead > 0 || ahead < -sameRun) newest_ = number;
-        ssrc_ = packet.ssrc();
-    } else if (packet.payloadType() == fecPayloadType && packet.length >= fecPayloadOffset && newest_) {
-        const std::uint16_t last = protectedRange(packet).last;
-        const int ahead = serialDistance(*newest_, last);
-        if (ahead > 0 && ahead < sameRun) newest_ = last;
-    }
+    if (packet.payloadType() == mediaPayloadType)
+        noteMedia(packet);
+    else if (packet.payloadType() == fecPayloadType && packet.length >= fecPayloadOffset)
+        noteFec(packet);
+}
+
+/// A number behind the newest is late; another source, or a second such number in order, is a restart.
+void RepairChain::noteMedia(ConstRtpPacketView media) {
+    const std::uint16_t number = media.sequenceNumber();
+    const int ahead = newest_ ? serialDistance(*newest_, number) : 1;
+    const bool goesOn = ahead > 0 || ahead < -sameRun;
+    const bool restarts = media.ssrc() != ssrc_ || (behind_ && serialDistance(*behind_, number) == 1);
+    if (goesOn || restarts) newest_ = number;
+    behind_ = ahead < 0 && !goesOn ? std::optional(number) : std::nullopt;
+    ssrc_ = media.ssrc();
+}
+
+/// An FEC packet leaves its sender after all the packets it protects, so one whose group has begun tells
+/// of media packets that were sent last and never came.
+void RepairChain::noteFec(ConstRtpPacketView fec) {
+    if (!newest_) return;
+    const ProtectedRange range = protectedRange(fec);
+    const int last = serialDistance(*newest_, range.last);
+    if (serialDistance(*newest_, range.base) <= 0 && last > 0 && last < sameRun) newest_ = range.last;
 }
 
 void RepairChain::finish() {
@@ -73,9 +85,9 @@ void RepairChain::finish() {
     firstPadding_ = static_cast<std::uint16_t>(*newest_ + 1);
     // Where the first padding packet waits behind a hole the receiver gives it up; a second one then
     // takes its place, and without a hole it is the second that goes.
-    if (!guard_) feed(mediaInput_, makePadding(firstPadding_));
+    if (!guard_) feed(mediaInput_, makePadding(*firstPadding_));
     while (!drained_ && paddingPushed_ < maxPadding) {
-        const auto number = static_cast<std::uint16_t>(firstPadding_ + paddingPushed_++);
+        const auto number = static_cast<std::uint16_t>(*firstPadding_ + paddingPushed_++);
         feed(mediaInput_, makePadding(number));
     }
 }
@@ -89,8 +101,8 @@ std::unique_ptr<RtpPacket> RepairChain::makePadding(std::uint16_t number) const 
 }
 
 bool RepairChain::isPadding(ConstRtpPacketView packet) const {
-    const int place = serialDistance(firstPadding_, packet.sequenceNumber());
-    return paddingPushed_ > 0 && packet.length == rtpHeaderSize && place >= 0;
+    return firstPadding_ && packet.length == rtpHeaderSize &&
+           serialDistance(*firstPadding_, packet.sequenceNumber()) >= 0;
 }
 
 void RepairChain::deliver(ConstRtpPacketView packet) {
@@ -113,8 +125,9 @@ void RepairChain::rethrowOutputError() {
 
 RepairFigures RepairChain::figures() const {
     RepairFigures figures{receiver_->figures(), delivered_, runts_, std::nullopt};
-    figures.receiver.received -= std::min<std::uint64_t>(figures.receiver.received, paddingPushed_);
     if (guard_) figures.guard = guard_->figures();
+    const std::uint64_t ours = paddingPushed_ + (figures.guard ? figures.guard->refed : 0);
+    figures.receiver.received -= std::min(figures.receiver.received, ours);
     return figures;
 }
 

@@ -36,6 +36,8 @@ public:
 
 private:
     void note(ConstRtpPacketView packet);
+    void noteMedia(ConstRtpPacketView media);
+    void noteFec(ConstRtpPacketView fec);
     void deliver(ConstRtpPacketView packet);
     void feed(std::size_t input, std::unique_ptr<RtpPacket> packet);
     std::unique_ptr<RtpPacket> makePadding(std::uint16_t number) const;
@@ -48,10 +50,11 @@ private:
 
     std::size_t mediaInput_ = 0;
     std::optional<std::uint16_t> newest_;  ///< highest media number seen, or named by an FEC packet
+    std::optional<std::uint16_t> behind_;  ///< a number behind the newest, seen last
     std::uint32_t ssrc_ = 0;
 
     std::uint32_t paddingPushed_ = 0;
-    std::uint16_t firstPadding_ = 0;
+    std::optional<std::uint16_t> firstPadding_;
     bool drained_ = false;
 
     std::uint64_t delivered_ = 0;

@@ -1,8 +1,11 @@
 #include "core/fec_composer.h"
 
+#include <array>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -92,6 +95,29 @@ TEST(FecComposer, singleColumnCompletesWithEveryRow) {
     const ProtectedRange range = protectedRange(viewOf(composing.packets[0]));
     EXPECT_EQ(range.offset, 1);
     EXPECT_EQ(range.count, 4);
+}
+
+/// Rows, then columns, then the step on: what protect does in one call.
+TEST(FecComposer, singleStepsMakeTheSamePackets) {
+    std::vector<Bytes> payloads;
+    CFecComposer composer(
+        [&](std::shared_ptr<RtpPacket> fec) {
+            payloads.emplace_back(fec->view.data + 4, fec->view.data + fec->view.length);
+        },
+        fecBoth, 6, 5);
+    for (std::uint16_t n = 1; n <= 100; ++n) {
+        const Bytes media = mediaPacket(n), odd = mediaPacket(n, 1401);
+        for (const Bytes& packet : {odd, media}) {
+            composer.protectRow(viewOf(packet));
+            composer.protectColumn(viewOf(packet));
+        }
+        composer.advanceColumn();
+    }
+    Composing whole(fecBoth, 6, 5);
+    whole.feed(100);
+    ASSERT_EQ(payloads.size(), whole.packets.size());
+    for (std::size_t n = 0; n < payloads.size(); ++n)
+        EXPECT_EQ(payloads[n], Bytes(whole.packets[n].begin() + 4, whole.packets[n].end())) << n;
 }
 
 TEST(FecComposer, headersNameTheMatrix) {

@@ -129,7 +129,7 @@ TEST(FecDecoderDifferential, hostileStreamsThroughReorderBuffers) {
 }
 
 TEST(FecDecoderDifferential, groupsOfAnyShape) {
-    const Totals totals = compareOnStreams(400000, 800, false, makeOddGroupStream);
+    const Totals totals = compareOnStreams(400000, 500, false, makeOddGroupStream);
     EXPECT_GT(totals.rebuilt, 200u);
     EXPECT_GT(totals.events.emptyOffsets, 300);
     EXPECT_GT(totals.events.secondLosses, 3000);

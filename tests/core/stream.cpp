@@ -142,6 +142,61 @@ private:
     std::multimap<std::size_t, Bytes> underWay_;
 };
 
+/// Media and FEC packets over any of the media sent so far.
+class OddGroupSender {
+public:
+    explicit OddGroupSender(Random& random)
+        : random_(random),
+          firstNumber_(static_cast<std::uint16_t>(random.below(65536))),
+          loss_(random.unit() * random.unit() * 0.1),
+          rowCount_(drawCount()),
+          columnCount_(drawCount()),
+          columnOffset_(drawCount()) {}
+
+    void sendMedia() {
+        makeMedia();
+        if (!random_.chance(loss_)) arrivals_.push_back(sent_.back());
+    }
+    void loseMany() {
+        for (std::uint32_t n = random_.below(3000); n > 0; --n) makeMedia();
+    }
+    void repeatAny() { arrivals_.push_back(sent_[random_.below(sentCount())]); }
+
+    void sendFec() {
+        const bool row = random_.chance(0.5);
+        const std::size_t offset = row || random_.chance(0.2) ? random_.below(4) : columnOffset_;
+        const std::size_t count = row ? rowCount_ : columnCount_;
+        std::vector<Bytes> group;
+        std::size_t at = sentCount() - 1 - random_.below(std::min(sentCount(), 700u));
+        do group.push_back(sent_[at]);
+        while (group.size() < count && (at += offset) < sent_.size());
+        Bytes fec =
+            fecPacketOver(group, row ? FecKind::row : FecKind::column, static_cast<std::uint8_t>(offset));
+        fec[fec_header::protectedCount] = static_cast<std::uint8_t>(count);
+        arrivals_.push_back(std::move(fec));
+    }
+
+    std::vector<Bytes> takeArrivals() { return std::move(arrivals_); }
+
+private:
+    std::uint8_t drawCount() {
+        constexpr std::array<std::uint8_t, 9> counts = {0, 1, 2, 3, 5, 20, 100, 200, 255};
+        return counts[random_.below(counts.size())];
+    }
+    std::uint32_t sentCount() const { return static_cast<std::uint32_t>(sent_.size()); }
+    void makeMedia() {
+        sent_.push_back(
+            randomMediaPacket(random_, static_cast<std::uint16_t>(firstNumber_ + sent_.size()), 40));
+    }
+
+    Random& random_;
+    std::uint16_t firstNumber_;
+    double loss_;
+    std::uint8_t rowCount_, columnCount_, columnOffset_;
+    std::vector<Bytes> sent_;
+    std::vector<Bytes> arrivals_;
+};
+
 }  // namespace
 
 StreamPlan drawPlan(Random& random, bool hostile) {
@@ -185,30 +240,14 @@ std::vector<Bytes> makeStream(Random& random, const StreamPlan& plan) {
 }
 
 std::vector<Bytes> makeOddGroupStream(Random& random) {
-    constexpr std::array<std::uint8_t, 9> counts = {0, 1, 2, 3, 5, 20, 100, 200, 255};
-    const auto drawCount = [&] { return counts[random.below(counts.size())]; };
-    const std::uint8_t rowCount = drawCount(), columnCount = drawCount(), columnOffset = drawCount();
-    const double loss = random.unit() * random.unit() * 0.1;
-    const auto firstNumber = static_cast<std::uint16_t>(random.below(65536));
-
-    std::vector<Bytes> sent, arrivals;
+    OddGroupSender sender(random);
     for (std::size_t n = 20 + random.below(600); n > 0; --n) {
-        sent.push_back(randomMediaPacket(random, static_cast<std::uint16_t>(firstNumber + sent.size()), 40));
-        if (!random.chance(loss)) arrivals.push_back(sent.back());
-        if (!random.chance(0.2)) continue;
-        const bool row = random.chance(0.5);
-        const std::size_t offset = row || random.chance(0.2) ? random.below(4) : columnOffset;
-        const std::size_t count = row ? rowCount : columnCount;
-        const std::size_t base = random.below(static_cast<std::uint32_t>(sent.size()));
-        std::vector<Bytes> group{sent[base]};
-        for (std::size_t k = 1; k < count && base + k * offset < sent.size(); ++k)
-            group.push_back(sent[base + k * offset]);
-        Bytes fec =
-            fecPacketOver(group, row ? FecKind::row : FecKind::column, static_cast<std::uint8_t>(offset));
-        fec[fec_header::protectedCount] = static_cast<std::uint8_t>(count);
-        arrivals.push_back(std::move(fec));
+        sender.sendMedia();
+        if (random.chance(0.003)) sender.loseMany();
+        if (random.chance(0.003)) sender.repeatAny();
+        if (random.chance(0.2)) sender.sendFec();
     }
-    return arrivals;
+    return sender.takeArrivals();
 }
 
 }  // namespace mvrtpfec::testing

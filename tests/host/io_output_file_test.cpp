@@ -17,10 +17,9 @@ const Bytes oldBytes = {1, 2, 3};
 const Bytes newBytes(200'000, 7);
 
 TEST_F(OutputFileTest, AppearsOnlyWhenFinished) {
-    const fs::path path = pathOf("out.ts");
-    OutputFile file(path);
+    OutputFile file(pathOf("out.ts"));
     file.write(newBytes);
-    EXPECT_FALSE(fs::exists(path));
+    EXPECT_FALSE(fs::exists(pathOf("out.ts")));
     file.finish();
     EXPECT_EQ(load("out.ts"), newBytes);
     EXPECT_EQ(fileCount(), 1u);
@@ -30,10 +29,7 @@ TEST_F(OutputFileTest, LeavesTheOldFileUntilFinished) {
     const fs::path path = store("out.ts", oldBytes);
     fs::permissions(path, fs::perms(0640));
     fs::create_symlink("out.ts", pathOf("link.ts"));
-    {
-        OutputFile file(pathOf("link.ts"));
-        file.write(newBytes);
-    }
+    OutputFile(pathOf("link.ts")).write(newBytes);
     EXPECT_EQ(load("out.ts"), oldBytes);
     EXPECT_EQ(fileCount(), 2u);
 
@@ -46,22 +42,19 @@ TEST_F(OutputFileTest, LeavesTheOldFileUntilFinished) {
 }
 
 TEST_F(OutputFileTest, NamesTheFileAndTheReason) {
-    EXPECT_EQ(errorOf([&] { OutputFile file(pathOf("none/out.ts")); }),
-              "out.ts: cannot create: No such file or directory");
-    EXPECT_EQ(errorOf([&] { OutputFile file(pathOf("")); }), ": cannot open for writing: Is a directory");
-    EXPECT_EQ(errorOf([&] {
-                  OutputFile file("/dev/full");
-                  file.write(Bytes(1));
-                  file.finish();
-              }),
-              "full: cannot write: No space left on device");
-    EXPECT_EQ(errorOf([] {
-                  OutputFile file("/dev/full");
-                  file.write(newBytes);
-              }),
-              "full: cannot write: No space left on device");
-    EXPECT_EQ(errorOf([] { OutputFile file("/dev/fd/987"); }),
-              "987: cannot open for writing: Bad file descriptor");
+    const auto errorOfWriting = [](const fs::path& path, std::size_t count) {
+        return errorOf([&] {
+            OutputFile file(path);
+            file.write(Bytes(count));
+            if (count == 1) file.finish();
+        });
+    };
+    EXPECT_EQ(errorOfWriting(pathOf("none/out.ts"), 0), "out.ts: cannot create: No such file or directory");
+    EXPECT_EQ(errorOfWriting(pathOf(""), 0), ": cannot open for writing: Is a directory");
+    EXPECT_EQ(errorOfWriting("/dev/fd/987", 0), "987: cannot open for writing: Bad file descriptor");
+    // Found out at the end, or on the way when that is far.
+    for (const std::size_t count : {1u, 200'000u})
+        EXPECT_EQ(errorOfWriting("/dev/full", count), "full: cannot write: No space left on device");
 }
 
 TEST_F(OutputFileTest, ReportsAClosedPipe) {

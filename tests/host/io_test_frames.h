@@ -37,28 +37,27 @@ inline const Bytes ipv6WithExtensions = join({{0x60, 0, 0, 0, 0, 0, 0, 64},
                                               {17, 1, 1, 12, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}});
 
 inline std::vector<Wrapping> allWrappings() {
+    using enum LinkType;
     const Bytes macs = {1, 0, 0x5e, 0x7c, 0, 9, 2, 0, 0, 0, 0, 7};
     const Bytes sll = {0, 0, 0, 1, 0, 6, 2, 0, 0, 0, 0, 7, 0, 0};
     const Bytes sll2 = {0, 0, 0, 0, 0, 2, 0, 1, 0, 6, 2, 0, 0, 0, 0, 7, 0, 0};
+    const Bytes tags = {0x88, 0xa8, 0, 6, 0x81, 0, 0, 5};
     return {
-        {"ethernet", LinkType::ethernet, join({macs, {8, 0}}), ipv4Header},
-        {"ethernet, IPv4 options", LinkType::ethernet, join({macs, {8, 0}}), ipv4WithOptions},
-        {"ethernet, IPv6", LinkType::ethernet, join({macs, {0x86, 0xdd}}), ipv6Header},
-        {"ethernet, IPv6 extensions", LinkType::ethernet, join({macs, {0x86, 0xdd}}), ipv6WithExtensions},
-        {"VLAN", LinkType::ethernet, join({macs, {0x81, 0, 0, 5, 8, 0}}), ipv4Header},
-        {"VLAN in VLAN, IPv6", LinkType::ethernet,
-         join({macs, {0x88, 0xa8, 0, 6, 0x81, 0, 0, 5, 0x86, 0xdd}}), ipv6Header},
-        {"raw, IPv4", LinkType::raw, {}, ipv4Header},
-        {"raw, IPv6", LinkType::raw, {}, ipv6Header},
-        {"IPv4", LinkType::ipv4, {}, ipv4Header},
-        {"IPv6", LinkType::ipv6, {}, ipv6Header},
-        {"BSD loopback", LinkType::null, {2, 0, 0, 0}, ipv4Header},
-        {"BSD loopback, big-endian IPv6", LinkType::null, {0, 0, 0, 30}, ipv6Header},
-        {"OpenBSD loopback", LinkType::loop, {0, 0, 0, 2}, ipv4Header},
-        {"Linux cooked", LinkType::linuxSll, join({sll, {8, 0}}), ipv4Header},
-        {"Linux cooked, VLAN, IPv6", LinkType::linuxSll, join({sll, {0x81, 0, 0, 5, 0x86, 0xdd}}),
-         ipv6Header},
-        {"Linux cooked 2", LinkType::linuxSll2, join({{8, 0}, sll2}), ipv4Header},
+        {"ethernet", ethernet, join({macs, {8, 0}}), ipv4Header},
+        {"ethernet, IPv4 options", ethernet, join({macs, {8, 0}}), ipv4WithOptions},
+        {"ethernet, IPv6", ethernet, join({macs, {0x86, 0xdd}}), ipv6Header},
+        {"ethernet, IPv6 extensions", ethernet, join({macs, {0x86, 0xdd}}), ipv6WithExtensions},
+        {"VLAN in VLAN, IPv6", ethernet, join({macs, tags, {0x86, 0xdd}}), ipv6Header},
+        {"raw, IPv4", raw, {}, ipv4Header},
+        {"raw, IPv6", raw, {}, ipv6Header},
+        {"IPv4", ipv4, {}, ipv4Header},
+        {"IPv6", ipv6, {}, ipv6Header},
+        {"BSD loopback", null, {2, 0, 0, 0}, ipv4Header},
+        {"BSD loopback, big-endian IPv6", null, {0, 0, 0, 30}, ipv6Header},
+        {"OpenBSD loopback", loop, {0, 0, 0, 2}, ipv4Header},
+        {"Linux cooked", linuxSll, join({sll, {8, 0}}), ipv4Header},
+        {"Linux cooked, VLAN, IPv6", linuxSll, join({sll, {0x81, 0, 0, 5, 0x86, 0xdd}}), ipv6Header},
+        {"Linux cooked 2", linuxSll2, join({{8, 0}, sll2}), ipv4Header},
     };
 }
 
@@ -67,11 +66,9 @@ inline Bytes wrap(const Wrapping& how, std::uint16_t port, const Bytes& payload)
     Bytes frame = join({how.link, how.ip, {0x30, 0x39, 0, 0, 0, 0, 0xab, 0xcd}, payload});
     std::uint8_t* ip = &frame[how.link.size()];
     std::uint8_t* udp = ip + how.ip.size();
-    const auto ipSize = static_cast<std::uint16_t>(frame.size() - how.link.size());
-    if (how.ip[0] >> 4 == 6)
-        writeBigEndian16(ip + 4, static_cast<std::uint16_t>(ipSize - 40));
-    else
-        writeBigEndian16(ip + 2, ipSize);
+    const bool isIpv6 = how.ip[0] >> 4 == 6;
+    const std::size_t ipSize = frame.size() - how.link.size() - (isIpv6 ? 40 : 0);
+    writeBigEndian16(ip + (isIpv6 ? 4 : 2), static_cast<std::uint16_t>(ipSize));
     writeBigEndian16(udp + 2, port);
     writeBigEndian16(udp + 4, static_cast<std::uint16_t>(8 + payload.size()));
     return frame;

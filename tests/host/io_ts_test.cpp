@@ -43,14 +43,17 @@ private:
 
 class TsTest : public FileTest {
 protected:
-    std::vector<Datagram> read(const StreamBuilder& stream) { return read(store("in.ts", stream.bytes())); }
-
-    static std::vector<Datagram> read(const std::filesystem::path& path) {
-        const auto source = openSource(path, mediaPort);
+    /// Reads until the end or an error, which `error_` then is.
+    std::vector<Datagram> read(const Bytes& bytes) {
         std::vector<Datagram> all;
-        for (Datagram datagram; source->read(datagram);) all.push_back(datagram);
+        error_ = errorOf([&] {
+            const auto source = openSource(store("in.ts", bytes), mediaPort);
+            for (Datagram datagram; source->read(datagram);) all.push_back(datagram);
+        });
         return all;
     }
+
+    std::string error_;
 };
 
 ConstRtpPacketView rtp(const Datagram& datagram) {
@@ -61,21 +64,25 @@ std::uint32_t timestampOf(std::uint64_t ticks) {
     return static_cast<std::uint32_t>(ticks % pcrModulus / 300);
 }
 
-std::chrono::nanoseconds durationOf(std::uint64_t ticks) {
-    return std::chrono::nanoseconds(ticks * 1000 / 27);
+/// The datagram stands `elapsed` ticks behind the first, where the stream's clock shows `clock`.
+void expectTimes(const Datagram& datagram, std::uint64_t elapsed, std::uint64_t clock) {
+    EXPECT_EQ(datagram.time, std::chrono::nanoseconds(elapsed * 1000 / 27)) << elapsed;
+    EXPECT_EQ(rtp(datagram).timestamp(), timestampOf(clock)) << elapsed;
 }
 
-TEST_F(TsTest, PacksSevenToAnRtpPacket) {
-    const std::vector<Datagram> all = read(StreamBuilder().packets(16));
-    ASSERT_EQ(all.size(), 3u);
-    for (std::uint16_t i = 0; i < 3; ++i) {
-        EXPECT_TRUE(rtp(all[i]).isValid());
-        EXPECT_EQ(rtp(all[i]).payloadType(), mediaPayloadType);
-        EXPECT_EQ(rtp(all[i]).sequenceNumber(), i);
-        EXPECT_NE(rtp(all[i]).ssrc(), 0u);
-        EXPECT_EQ(all[i].payload.size(), 12u + 188u * (i < 2 ? 7 : 2));
-        EXPECT_TRUE(all[i].frame.empty());
+TEST_F(TsTest, PacksSevenToAnRtpPacketAndRunsEvenlyWithoutAClock) {
+    const std::uint64_t ticksPerDatagram = 7 * 150 * 27;
+    const std::vector<Datagram> all = read(StreamBuilder().packets(69'995).bytes());
+    ASSERT_EQ(all.size(), 10'000u);
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        ASSERT_TRUE(rtp(all[i]).isValid());
+        ASSERT_EQ(rtp(all[i]).payloadType(), mediaPayloadType);
+        ASSERT_EQ(rtp(all[i]).sequenceNumber(), i);
+        ASSERT_NE(rtp(all[i]).ssrc(), 0u);
+        ASSERT_EQ(all[i].payload.size(), 12u + 188u * (i < 9999 ? 7 : 2));
+        ASSERT_TRUE(all[i].frame.empty());
     }
+    expectTimes(all[9000], 9000 * ticksPerDatagram, 9000 * ticksPerDatagram);
 }
 
 TEST_F(TsTest, ComesBackWholeFromACapture) {
@@ -100,12 +107,9 @@ TEST_F(TsTest, ReckonsTheClockExactlyAcrossItsWrap) {
     StreamBuilder stream;
     stream.packets(5);
     for (std::uint64_t i = 0; i < 20; ++i) stream.clock(start + 5000 + i * 13'000).packets(12);
-    const std::vector<Datagram> all = read(stream);
+    const std::vector<Datagram> all = read(stream.bytes());
     ASSERT_EQ(all.size(), 38u);
-    for (std::size_t i = 0; i < all.size(); ++i) {
-        EXPECT_EQ(rtp(all[i]).timestamp(), timestampOf(start + i * 7000)) << i;
-        EXPECT_EQ(all[i].time, durationOf(i * 7000)) << i;
-    }
+    for (std::size_t i = 0; i < all.size(); ++i) expectTimes(all[i], i * 7000, start + i * 7000);
 }
 
 TEST_F(TsTest, TakesANewTimeBaseWhileTimeRunsOn) {
@@ -122,13 +126,10 @@ TEST_F(TsTest, TakesANewTimeBaseWhileTimeRunsOn) {
         StreamBuilder stream;
         stream.clock(oldBase).packets(19).clock(oldBase + 20'000).packets(14);
         stream.clock(c.newBase, 0, c.isMarked).packets(19).clock(c.newBase + 20'000).packets(14);
-        const std::vector<Datagram> all = read(stream);
+        const std::vector<Datagram> all = read(stream.bytes());
         ASSERT_EQ(all.size(), 10u);
-        for (std::size_t i = 0; i < all.size(); ++i) {
-            const std::uint64_t expected = i < 5 ? oldBase + i * 7000 : c.newBase + (i - 5) * 7000;
-            EXPECT_EQ(rtp(all[i]).timestamp(), timestampOf(expected)) << i;
-            EXPECT_EQ(all[i].time, durationOf(i * 7000)) << i;
-        }
+        for (std::size_t i = 0; i < all.size(); ++i)
+            expectTimes(all[i], i * 7000, i < 5 ? oldBase + i * 7000 : c.newBase + (i - 5) * 7000);
     }
 }
 
@@ -136,62 +137,51 @@ TEST_F(TsTest, FollowsOneClockUntilItFallsSilent) {
     StreamBuilder stream;
     for (std::uint64_t i = 0; i < 10; ++i)
         stream.clock(i * 10'000, 1).packets(4).clock(5'000'000, 2).packets(4);
-    std::vector<Datagram> all = read(stream);
+    std::vector<Datagram> all = read(stream.bytes());
     EXPECT_EQ(rtp(all.back()).timestamp(), timestampOf(98'000));
 
     const std::uint64_t newClock = 20'500'000;
     stream.packets(20'004).clock(newClock, 2).packets(6);
-    all = read(stream);
+    all = read(stream.bytes());
     EXPECT_EQ(rtp(all.back()).timestamp(), timestampOf(newClock));
     for (std::size_t i = 1; i < all.size(); ++i)
         ASSERT_LT(rtp(all[i - 1]).timestamp(), rtp(all[i]).timestamp()) << i;
 }
 
-TEST_F(TsTest, RunsEvenlyWithoutAClock) {
-    const std::vector<Datagram> all = read(StreamBuilder().packets(70'000));
-    ASSERT_EQ(all.size(), 10'000u);
-    EXPECT_EQ(all[9000].time, std::chrono::microseconds(9000 * 7 * 150));
-    EXPECT_EQ(rtp(all[9000]).timestamp(), 9000u * 7 * 27 / 2);
-}
-
-TEST_F(TsTest, RefusesWhatIsNoWholeTransportStream) {
-    const auto errorAfter = [&](std::size_t packets, const Bytes& tail) {
-        Bytes bytes = StreamBuilder().packets(packets).bytes();
-        bytes.insert(bytes.end(), tail.begin(), tail.end());
-        const auto path = store("in.ts", bytes);
-        return errorOf([&] { read(path); });
-    };
-    EXPECT_EQ(errorAfter(0, {}), "in.ts: the file is empty");
-    EXPECT_EQ(errorAfter(0, Bytes(99, 'x')), "in.ts: not a transport stream: no sync byte 0x47 at its start");
-    EXPECT_EQ(errorAfter(0, {tsSyncByte}), "in.ts: truncated: the packet at byte 0 has 1 of 188 bytes");
-    EXPECT_EQ(errorAfter(9, Bytes(187, tsSyncByte)),
-              "in.ts: truncated: the packet at byte 1692 has 187 of 188 bytes");
-    EXPECT_EQ(errorAfter(9, Bytes(188)),
-              "in.ts: no sync byte 0x47 at byte 1692, where a packet should start");
-}
-
 TEST_F(TsTest, DeliversWhatStandsBeforeABrokenPlace) {
-    Bytes bytes = StreamBuilder().packets(20).bytes();
-    bytes.pop_back();
-    const auto source = openSource(store("in.ts", bytes), mediaPort);
-    Datagram datagram;
-    for (int i = 0; i < 3; ++i) EXPECT_TRUE(source->read(datagram));
-    EXPECT_EQ(datagram.payload.size(), 12u + 188u * 5);
-    EXPECT_THROW(source->read(datagram), FileError);
+    struct Case {
+        std::size_t packets;
+        Bytes tail;
+        const char* error;
+    };
+    for (const Case& c :
+         {Case{0, {}, "in.ts: the file is empty"},
+          Case{0, Bytes(99, 'x'), "in.ts: not a transport stream: no sync byte 0x47 at its start"},
+          Case{0, {tsSyncByte}, "in.ts: truncated: the packet at byte 0 has 1 of 188 bytes"},
+          Case{9, Bytes(187, tsSyncByte), "in.ts: truncated: the packet at byte 1692 has 187 of 188 bytes"},
+          Case{9, Bytes(188), "in.ts: no sync byte 0x47 at byte 1692, where a packet should start"}}) {
+        Bytes bytes = StreamBuilder().packets(c.packets).bytes();
+        bytes.insert(bytes.end(), c.tail.begin(), c.tail.end());
+        std::size_t delivered = 0;
+        for (const Datagram& datagram : read(bytes)) delivered += (datagram.payload.size() - 12) / 188;
+        EXPECT_EQ(delivered, c.packets) << c.error;
+        EXPECT_EQ(error_, c.error);
+    }
 }
 
-TEST_F(TsTest, HasNoPlaceForFec) {
-    const auto sink =
-        openSink(pathOf("out.ts"), mediaPort, std::make_shared<FrameTemplate>(LinkType::ethernet));
-    EXPECT_EQ(errorOf([&] {
-                  sink->write({StreamPort::fecA, {}, Bytes(40), {}});
-              }),
-              "out.ts: a transport stream cannot hold FEC packets; write a .pcap or .pcapng");
+TEST_F(TsTest, HasNoPlaceForFecNorOnAFullDisk) {
     std::filesystem::create_symlink("/dev/full", pathOf("full.ts"));
-    const auto full =
-        openSink(pathOf("full.ts"), mediaPort, std::make_shared<FrameTemplate>(LinkType::ethernet));
-    full->write({StreamPort::media, {}, Bytes(40), {}});
-    EXPECT_EQ(errorOf([&] { full->finish(); }), "full.ts: cannot write: No space left on device");
+    const auto errorOfSending = [&](const char* name, StreamPort port) {
+        return errorOf([&] {
+            const auto sink =
+                openSink(pathOf(name), mediaPort, std::make_shared<FrameTemplate>(LinkType::ethernet));
+            sink->write({port, {}, Bytes(40), {}});
+            sink->finish();
+        });
+    };
+    EXPECT_EQ(errorOfSending("out.ts", StreamPort::fecA),
+              "out.ts: a transport stream cannot hold FEC packets; write a .pcap or .pcapng");
+    EXPECT_EQ(errorOfSending("full.ts", StreamPort::media), "full.ts: cannot write: No space left on device");
 }
 
 }  // namespace

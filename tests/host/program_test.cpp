@@ -101,6 +101,33 @@ TEST_F(Protected, FecPacketsFollowTheMediaPacketThatCompletesThem) {
     EXPECT_EQ(order.substr(99, 13), "mAmmmmmmmmmBm");
 }
 
+/// A source that restarts from the same number while its sender counts the matrix on: FEC packets then
+/// name numbers that they don't protect, or that never were.
+TEST_F(Protected, RestartBringsNothingThatWasNotSent) {
+    constexpr int length = 100;
+    const auto source = openSource(store("in.ts", sample()), port);
+    const auto sink = openSink(pathOf("in.pcap"), port, source->addressing());
+    Datagram datagram;
+    for (int i = 0; i < 2 * length && source->read(datagram); ++i) {
+        writeBigEndian16(&datagram.payload[2], static_cast<std::uint16_t>(i % length));
+        datagram.payload[8] = static_cast<std::uint8_t>(i / length);
+        sink->write(datagram);
+    }
+    sink->finish();
+    ASSERT_EQ(run("protect in.pcap fec.pcap --mode both --columns 5 --rows 5").status, 0);
+    const auto json = figures("repair fec.pcap out.ts --guard on");
+    EXPECT_EQ(json["delivered"], 2 * length);
+    EXPECT_EQ(json["lost"], 0);
+    EXPECT_EQ(json["restarts"], 1);
+    const Bytes sent = sample();
+    EXPECT_EQ(load("out.ts"), Bytes(sent.begin(), sent.begin() + 2 * length * 7 * 188));
+
+    // Without the guard a packet is lost with the old run, and padding stays out all the same.
+    const auto plain = figures("repair in.pcap plain.ts");
+    EXPECT_EQ(plain["delivered"], 2 * length - 1);
+    EXPECT_EQ(load("plain.ts").size(), (2 * length - 1) * 7u * 188);
+}
+
 TEST_F(ProgramTest, SimulationIsRepeatableAndSaysWhetherTheStreamIsWhole) {
     const std::string base = "simulate --mode both --columns 10 --rows 10 --loss 0.03 ";
     const auto first = figures(base + "--seed 4 --output out.ts");
@@ -145,6 +172,10 @@ TEST_F(ProgramTest, WrongUsageIsRefusedWithTheReasonAndStatusTwo) {
         {"protect in.ts out.pcap --mode diagonal --columns 5 --rows 5", "--mode"},
         {"repair in.pcap", "OUT is required"},
         {"repair in.pcap out.ts --port 70000", "--port"},
+        {"repair in.pcap out.ts --json out.ts", "named for two outputs"},
+        {"simulate in.ts --mode row --columns 5 --rows 5 --seed -1", "--seed"},
+        {"simulate '' --mode row --columns 5 --rows 5", "must end in"},
+        {"protct in.ts out.pcap", "no command 'protct'"},
         {"", "subcommand"},
     };
     for (const auto& [arguments, reason] : cases) {
@@ -171,9 +202,9 @@ TEST_F(Protected, BrokenFilesGiveOneLineThatNamesThemAndLeaveNoOutput) {
         EXPECT_NE(result.text.find("mvrtpfec: " + in + ": "), std::string::npos) << result.text;
         EXPECT_EQ(std::count(result.text.begin(), result.text.end(), '\n'), 1) << result.text;
     }
-    EXPECT_NE(
-        run("repair fec.pcap out.ts --port 9000").text.find("fec.pcap: no RTP packets to UDP port 9000"),
-        std::string::npos);
+    EXPECT_NE(run("repair fec.pcap out.ts --port 9000")
+                  .text.find("fec.pcap: no usable RTP media packets to UDP port 9000"),
+              std::string::npos);
     EXPECT_EQ(fileCount(), before);
     EXPECT_EQ(run("repair fec.pcap nowhere/out.ts").status, 1);
     EXPECT_EQ(run("repair fec.pcap out.ts --json /dev/full").status, 1);

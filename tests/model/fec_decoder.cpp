@@ -279,13 +279,11 @@ void FecDecoder::releaseUpTo(std::uint32_t end) {
 }
 
 std::uint64_t FecDecoder::purgeMissing() {
-    std::set<std::uint16_t> gone;
-    for (const std::uint16_t number : missing_) {
-        if (oldestSeq_ < newestSeq_ && number < oldestSeq_) gone.insert(number);
-        if (oldestSeq_ > newestSeq_ && number > newestSeq_ && number < oldestSeq_) gone.insert(number);
-    }
-    for (const std::uint16_t number : gone) missing_.erase(number);
-    return gone.size();
+    return std::erase_if(missing_, [this](std::uint16_t number) {
+        if (oldestSeq_ < newestSeq_) return number < oldestSeq_;
+        if (oldestSeq_ > newestSeq_) return number > newestSeq_ && number < oldestSeq_;
+        return false;
+    });
 }
 
 }  // namespace mvrtpfec::model

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <new>
 
 #include <gtest/gtest.h>
@@ -25,6 +24,8 @@ TEST(COMException, NamesTheSystemsOwnCodes) {
     EXPECT_EQ(describe(0x8025002A), "Morvane Error 8025002a: Slate ftp file server unreachable");
     EXPECT_EQ(describedEarly,
               "Morvane Error 8025008c: Some stream names used for RTMP connection are the same");
+    EXPECT_EQ(describe(0x80250011), "COM Error 80250011: Invalid error code");
+    EXPECT_EQ(describe(0x0025), "COM Error 25: Invalid error code");
 }
 
 TEST(COMException, TakesOtherTextsFromTheFramework) {
@@ -34,58 +35,29 @@ TEST(COMException, TakesOtherTextsFromTheFramework) {
     EXPECT_NE(failure.substr(20), describe(0x8007000E).substr(20));
 }
 
-TEST(COMException, DescribesCodesThatNobodyKnows) {
-    EXPECT_EQ(describe(0x80250011), "COM Error 80250011: Invalid error code");
-    EXPECT_EQ(describe(0x0025), "COM Error 25: Invalid error code");
-}
-
-TEST(COMException, SaysTheSameEachTimeAndKeepsItsCode) {
-    const COMException failure(code(0x80250034));
-    const std::string first = failure.what();
-    EXPECT_EQ(failure.what(), first);
-    EXPECT_EQ(failure.result(), code(0x80250034));
-}
-
 class Undescribable : public COMException {
 public:
     using COMException::COMException;
     void FormatDescription() const override { throw std::bad_alloc(); }
 };
 
-TEST(COMException, StillHasATextWithoutMemory) {
-    const Undescribable failure(E_OUTOFMEMORY);
-    EXPECT_GT(std::string(failure.what()).size(), 0u);
+TEST(COMException, SaysTheSameEachTimeAndSomethingWithoutMemory) {
+    const COMException failure(code(0x80250034));
+    const std::string first = failure.what();
+    EXPECT_EQ(failure.what(), first);
+    EXPECT_EQ(failure.result(), code(0x80250034));
+    EXPECT_STRNE(Undescribable(E_OUTOFMEMORY).what(), "");
 }
 
-TEST(ErrorTable, FindsItsRowsAndLeavesTheGaps) {
+TEST(ErrorTable, FindsItsRowsAndNothingElse) {
     std::size_t found = 0;
     for (std::uint32_t bits = 0x8024FF00; bits < 0x80260100; ++bits)
         if (ErrorTable::find(code(bits)) != nullptr) ++found;
     EXPECT_EQ(found, 48u);
     EXPECT_EQ(ErrorTable::rows().size(), 48u);
     for (const ErrorTable::Row& row : ErrorTable::rows()) EXPECT_EQ(ErrorTable::find(row.code), row.message);
-    for (const std::uint32_t gap : {0u, 0x00250001u, 0x80250007u, 0x8025000Eu, 0x8025001Fu, 0x80250035u,
-                                    0x80250061u, 0x8025008Du, 0x7FFFFFFFu, 0xFFFFFFFFu})
-        EXPECT_EQ(ErrorTable::find(code(gap)), nullptr) << std::hex << gap;
-}
-
-template <class Handled>
-std::string messageCaughtAs() {
-    try {
-        throw ExceptionTemplate<File>("could not remove file [a]");
-    } catch (const Handled& failure) {
-        return failure.what();
-    } catch (...) {
-        return "caught by another handler";
-    }
-}
-
-TEST(ExceptionTemplate, IsCaughtByItsTagAndItsBases) {
-    const std::string message = "could not remove file [a]";
-    EXPECT_EQ(messageCaughtAs<ExceptionTemplate<File>>(), message);
-    EXPECT_EQ(messageCaughtAs<MorvaneException>(), message);
-    EXPECT_EQ(messageCaughtAs<std::exception>(), message);
-    EXPECT_EQ(messageCaughtAs<ExceptionTemplate<Drive>>(), "caught by another handler");
+    for (const std::uint32_t other : {0u, 0x00250001u, 0x7FFFFFFFu, 0xFFFFFFFFu})
+        EXPECT_EQ(ErrorTable::find(code(other)), nullptr) << std::hex << other;
 }
 
 }  // namespace

@@ -14,7 +14,8 @@ using namespace mvrtpfec;
 
 int main() {
     std::vector<std::shared_ptr<RtpPacket>> fec;
-    CFecComposer composer([&](std::shared_ptr<RtpPacket> packet) { fec.push_back(std::move(packet)); }, fecRow, 4, 4);
+    CFecComposer composer([&](std::shared_ptr<RtpPacket> packet) { fec.push_back(std::move(packet)); },
+                          fecRow, 4, 4);
     std::set<int> released;
     {
         CFecDecoder decoder([&](RtpPacket* packet) { released.insert(packet->view.sequenceNumber()); });
