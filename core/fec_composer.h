@@ -48,8 +48,8 @@ public:
     /// An exception of the sink passes through, and the column then stays.
     void protect(ConstRtpPacketView media);
 
-    /// The single steps. With a row or column whose FEC packet is missing (its sink threw), they do
-    /// nothing until the next one starts.
+    /// The single steps. A row whose FEC packet is missing (its sink threw, and the column stayed) protects
+    /// nothing until the next row starts.
     void protectRow(ConstRtpPacketView media);
     void protectColumn(ConstRtpPacketView media);
     void advanceColumn();

@@ -147,14 +147,16 @@ bool CFecDecoder::isCalm() const {
 }
 
 void CFecDecoder::RunRecoveryPass() {
-    calm_ = {true, store_.changes(), store_.newestSeq(), store_.oldestSeq(), cycle, cycle};
+    calm_ = {false, store_.changes(), store_.newestSeq(), store_.oldestSeq(), cycle, cycle};
     auto stays = fecPackets_.begin();
     for (KeptFecPacket& kept : fecPackets_) {
         if (isDone(kept)) continue;
-        if (&*stays != &kept) *stays = std::move(kept);
+        // Swapped, not moved: should memory run out in the middle, every entry is still whole.
+        std::swap(*stays, kept);
         ++stays;
     }
     fecPackets_.erase(stays, fecPackets_.end());
+    calm_.valid = true;
 }
 
 bool CFecDecoder::isDone(KeptFecPacket& kept) {

@@ -13,12 +13,15 @@
 namespace mvrtpfec {
 
 /// Rebuilds lost media packets from row and column FEC packets and releases media packets, received
-/// and rebuilt alike, in sequence order, 2 x columns x rows numbers behind the newest.
+/// and rebuilt alike, in sequence order, more than 2 x columns x rows numbers behind the newest, a window
+/// that counts modulo 65536.
 ///
 /// The matrix is learnt from the first column and the first row FEC packet and holds for the decoder's
 /// life; before that it counts as 1 x 1. An FEC packet whose group lacks two packets is kept while the
 /// group is inside the window, so that rows and columns help each other over several passes. Numbers
-/// are unfolded across the wrap in plain arithmetic, so a group that crosses 65535 can't be combined.
+/// are unfolded across the wrap in plain arithmetic: a group that crosses 65535 can't be combined, and one
+/// before the wrap that is still kept, or comes, when the newest number has wrapped counts as a cycle ahead
+/// and may meet the next cycle's packets. Hosts put a PacketGuard in front.
 ///
 /// After E_FAIL the owner replaces the decoder. Not thread-safe; onPacket runs on the feeding thread.
 class CFecDecoder {
@@ -35,10 +38,12 @@ public:
     CFecDecoder(const CFecDecoder&) = delete;
     CFecDecoder& operator=(const CFecDecoder&) = delete;
 
-    /// Takes one RTP packet; the bytes are copied where they are kept. S_OK, or E_FAIL for a packet too
-    /// short for its header (12 bytes; 28 with payload type 96), a payload type other than 33 and 96,
-    /// an FEC packet that contradicts the matrix learnt, more kept FEC packets than the limit, and,
-    /// after a media packet, more missing numbers than the window holds (the packet stays stored).
+    /// Takes one RTP packet, its length modulo 65536; the bytes are copied where they are kept. S_OK, or
+    /// E_FAIL for a packet too short for its header (12 bytes; 28 with payload type 96), a payload type other
+    /// than 33 and 96, an FEC packet that contradicts the matrix learnt, more kept FEC packets than the
+    /// limit, and, after a media packet, more missing numbers than the window holds (the packet stays
+    /// stored). What a std::exception of onPacket loses is the packet released; std::bad_alloc comes out, and
+    /// the decoder stays usable.
     HRESULT Feed(const std::uint8_t* bytes, std::size_t length);
 
     std::uint64_t lostCount() const { return store_.lostCount(); }
@@ -57,7 +62,7 @@ private:
     struct KeptFecPacket {
         std::unique_ptr<RtpPacket> packet;
         ProtectedRange range;
-        std::uint64_t searchedAt;  ///< store_.changes() of the last search without result
+        std::uint64_t searchedAt;  ///< store_.changes(), which never repeats, at the last search
     };
     struct Recovery {
         std::unique_ptr<RtpPacket> rebuilt;

@@ -48,12 +48,14 @@ inline bool isProtectable(ConstRtpPacketView media) {
 }
 
 /// Writes all of `fec`, a buffer of 1416 bytes: the FEC packet of its first protected packet, with sequence
-/// number 0 and zeros behind its end. `media` must be protectable.
+/// number 0 and zeros behind its end. `media` must be protectable. Unlike SMPTE 2022-1 the RTP header bears
+/// the parity of P and M, SSRC 0 and the first packet's timestamp, and a row's offset is 1.
 void startFecPacket(RtpPacket& fec, ConstRtpPacketView media, FecKind kind, std::uint8_t offset,
                     std::uint8_t count);
 
-/// Folds one more protectable media packet in. Length recovery is, on purpose, the parity of whole
-/// packet lengths; the payload grows to the longest, shorter ones counting as extended with zeros.
+/// Folds one more protectable media packet into what startFecPacket made. Length recovery is, on purpose, the
+/// parity of whole packet lengths; the payload grows to the longest, shorter ones counting as extended with
+/// zeros.
 void addToFecPacket(RtpPacket& fec, ConstRtpPacketView media);
 /// The same for two FEC packets in one pass over the payload.
 void addToFecPackets(RtpPacket& first, RtpPacket& second, ConstRtpPacketView media);

@@ -72,13 +72,13 @@ void CMediaPacketStore::release(std::uint32_t first, std::uint32_t last, const P
     for (std::uint32_t n = stored_.next(first); n < last; n = stored_.next(n + 1)) {
         const auto number = static_cast<std::uint16_t>(n);
         std::unique_ptr<RtpPacket>& place = slot(number);
+        const std::unique_ptr<RtpPacket> packet = std::move(place);
+        stored_.erase(number);
         try {
-            onPacket(place.get());
+            onPacket(packet.get());
         } catch (const std::exception&) {
             // The packet is lost; the ones behind it are not.
         }
-        place.reset();
-        stored_.erase(number);
     }
 }
 

@@ -37,8 +37,9 @@ public:
     std::uint64_t lostCount() const { return lostCount_; }
     std::uint64_t receivedCount() const { return receivedCount_; }
 
-    /// Counts the changes that can alter what an FEC packet rebuilds from numbers inside the window:
-    /// everything but a packet that follows the newest one in order.
+    /// Counts the changes that can alter what an FEC packet rebuilds from a group inside the window: all
+    /// but a new packet just above the newest number, which no such group holds unless the window has
+    /// come full circle and that number is its start.
     std::uint64_t changes() const { return changes_; }
 
 private:

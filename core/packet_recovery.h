@@ -12,8 +12,8 @@ namespace mvrtpfec {
 /// Rebuilds media packet `missing`, a member of the FEC packet's group, from the FEC packet and the
 /// group's other packets in the store. Gives none when another one is absent, when the result is no
 /// valid packet, and when it can't be done within bounds: a group of offset 0 names one number many
-/// times and rebuilds nothing, and a stored packet that reaches past the FEC packet's end was never
-/// protected by it.
+/// times and rebuilds nothing, and a stored packet that would be written past the end of a buffer as long
+/// as the FEC packet was never protected by it.
 ///
 /// The group is walked in plain numbers: one that crosses 65535 is not walked at all, and what comes
 /// out is the FEC packet's own parity, valid or not. The SSRC is that of the last packet combined.

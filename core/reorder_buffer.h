@@ -23,19 +23,19 @@ class CRtpPacketReorderBuffer {
 public:
     using KeyFunction = std::function<std::int32_t(T)>;
 
-    /// Throws std::runtime_error when `capacity` is negative or above half of `maxSequenceNumber`.
+    /// Throws std::runtime_error when `capacity` is below 1 or above half of `maxSequenceNumber`.
     CRtpPacketReorderBuffer(std::int32_t capacity, std::int32_t maxSequenceNumber, KeyFunction keyOf)
         : maxSequenceNumber_(maxSequenceNumber), capacity_(capacity), keyOf_(std::move(keyOf)) {
-        if (capacity < 0 || maxSequenceNumber / 2 < capacity)
+        if (capacity < 1 || maxSequenceNumber / 2 < capacity)
             throw std::runtime_error(
                 "Packet reorder buffer size must be less than half the max sequence number");
-        entries_.reserve(static_cast<std::size_t>(capacity) + 1);
+        entries_.reserve(static_cast<std::size_t>(capacity));
     }
 
     /// Takes an item in. Throws std::runtime_error for a number above the maximum and
     /// std::bad_function_call without a key function; a full buffer has dropped an item by then.
     void Push(const T& item) {
-        if (entries_.size() == static_cast<std::size_t>(capacity_) && !entries_.empty()) {
+        if (entries_.size() == static_cast<std::size_t>(capacity_)) {
             entries_.pop_back();
             lastKey_ = none;
         }

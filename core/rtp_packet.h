@@ -81,7 +81,8 @@ public:
     RtpPacket(const RtpPacket&) = delete;
     RtpPacket& operator=(const RtpPacket&) = delete;
 
-    /// Sets the buffer to `count` bytes, new ones zero. The view's length stays as it is.
+    /// Sets the buffer to `count` bytes, new ones zero. `view.data` may move; the view's length stays as it
+    /// is.
     void resize(std::size_t count);
     std::size_t bufferSize() const { return size_; }
 

@@ -85,23 +85,6 @@ TEST_F(TsTest, PacksSevenToAnRtpPacketAndRunsEvenlyWithoutAClock) {
     expectTimes(all[9000], 9000 * ticksPerDatagram, 9000 * ticksPerDatagram);
 }
 
-TEST_F(TsTest, ComesBackWholeFromACapture) {
-    StreamBuilder stream;
-    for (std::uint64_t i = 0; i < 40; ++i) stream.clock(i * 25'000).packets(24);
-    const auto copy = [&](const std::string& from, const std::string& to) {
-        const auto source = openSource(pathOf(from), mediaPort);
-        const auto sink = openSink(pathOf(to), mediaPort, source->addressing());
-        for (Datagram datagram; source->read(datagram);) sink->write(datagram);
-        sink->finish();
-    };
-    store("in.ts", stream.bytes());
-    for (const std::string capture : {"a.pcap", "a.pcapng"}) {
-        copy("in.ts", capture);
-        copy(capture, "out.ts");
-        EXPECT_EQ(load("out.ts"), stream.bytes());
-    }
-}
-
 TEST_F(TsTest, ReckonsTheClockExactlyAcrossItsWrap) {
     const std::uint64_t start = pcrModulus - 120'000;
     StreamBuilder stream;

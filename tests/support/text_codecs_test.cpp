@@ -54,20 +54,16 @@ TEST(Utf8Parser, JudgesFormAloneAndNamesWhatBreaksIt) {
     const char* const unexpected = "invalid utf-8 sequence, unexpected continuation byte";
     const char* const expected = "invalid utf-8 sequence, expected a continuation byte";
     const char* const unfinished = "unfinished utf-8 sequence";
-    expectDecodings(utf8, {{{0x00, 0x41, 0x7F, 0xC2, 0x80, 0xDF, 0xBF}, "", {0, 0x41, 0x7F, 0x80, 0x7FF}},
+    expectDecodings(utf8, {{{0x00, 0x7F, 0xC2, 0x80, 0xDF, 0xBF}, "", {0, 0x7F, 0x80, 0x7FF}},
                            {{0xE2, 0x82, 0xAC, 0xF0, 0x9F, 0x98, 0x80}, "", {0x20AC, 0x1F600}},
                            {{0xE0, 0x81, 0x81, 0xED, 0xA0, 0x80}, "", {0x41, 0xD800}},
                            {{0xF4, 0xBF, 0xBF, 0xBF}, "", {0x13FFFF}},
-                           {{0xC3, 0x28}, expected, {}},
                            {{0xC3, 0x28, 0x29}, expected, {0x29}},
                            {{0xE2, 0xC3, 0xA9}, expected, {}},
-                           {{0x80}, unexpected, {}},
-                           {{0x41, 0xBF, 0x42}, unexpected, {0x41, 0x42}},
+                           {{0x41, 0x80, 0xBF, 0x42}, unexpected, {0x41, 0x42}},
                            {{0xE2, 0x82}, unfinished, {}},
                            {{0x41, 0xF0}, unfinished, {0x41}},
-                           {{0xC0, 0x80}, character, {}},
-                           {{0xC1, 0x41}, character, {0x41}},
-                           {{0xF5, 0x41}, character, {0x41}},
+                           {{0xC0, 0x41, 0xC1, 0x42, 0xF5, 0x43}, character, {0x41, 0x42, 0x43}},
                            {{0xE2, 0x82, 0xFF, 0xAC, 0x41}, character, {0x41}}});
 }
 
@@ -95,46 +91,44 @@ TEST(Emitters, EncodeEveryLengthAndCheckNothing) {
               (Bytes{0xF6, 0xDB, 0x00, 0xDC, 0xF7, 0xDB, 0xFF, 0xDF, 0x00, 0xD8, 0x00, 0xDC}));
 }
 
-class AnyText : public testing::TestWithParam<TextEncoding> {
+class AnyText : public testing::Test {
 protected:
     std::uint32_t upTo(std::uint32_t last) {
         return std::uniform_int_distribution<std::uint32_t>(0, last)(random_);
     }
 
-private:
     std::mt19937 random_{20};
 };
 
-TEST_P(AnyText, ComesBackAsItWas) {
+TEST_F(AnyText, ComesBackAsItWas) {
     for (int run = 0; run < 500; ++run) {
         CodePoints codePoints(upTo(100));
         for (std::uint32_t& codePoint : codePoints) {
             codePoint = upTo(0x10FFFFu >> upTo(20));  // as many of one byte as of four
             if (isSurrogate(codePoint)) codePoint = 0xFFFD;
         }
-        const Bytes bytes = encode(GetParam(), codePoints);
-        ASSERT_EQ(decode(GetParam(), bytes, false), codePoints);
-        ASSERT_EQ(decode(GetParam(), bytes, true), codePoints);
+        for (const TextEncoding encoding : {utf8, utf16})
+            ASSERT_EQ(failureOf(encoding, encode(encoding, codePoints), codePoints), "");
     }
 }
 
-TEST_P(AnyText, IsDecodedLenientlyOrAsStrictly) {
+TEST_F(AnyText, IsDecodedLenientlyOrAsStrictly) {
     const Bytes branching = {0x41, 0x80, 0xBF, 0xC3, 0xD8, 0xDC, 0xE2, 0xF0, 0xF4, 0xF5};
-    int rejected = 0;
-    for (int run = 0; run < 5000; ++run) {
-        Bytes bytes(upTo(12));
-        for (std::uint8_t& byte : bytes)
-            byte = upTo(3) == 0 ? static_cast<std::uint8_t>(upTo(255)) : branching[upTo(9)];
-        const std::string failure = failureOf(GetParam(), bytes, decode(GetParam(), bytes, true));
-        ASSERT_NE(failure, "other code points");
-        if (!failure.empty()) ++rejected;
+    for (const TextEncoding encoding : {utf8, utf16}) {
+        int rejected = 0;
+        for (int run = 0; run < 5000; ++run) {
+            Bytes bytes(upTo(12));
+            for (std::uint8_t& byte : bytes)
+                byte = upTo(3) == 0 ? static_cast<std::uint8_t>(upTo(255)) : branching[upTo(9)];
+            const std::string failure = failureOf(encoding, bytes, decode(encoding, bytes, true));
+            ASSERT_NE(failure, "other code points");
+            if (!failure.empty()) ++rejected;
+        }
+        // Both ways have been gone.
+        EXPECT_GT(rejected, 500);
+        EXPECT_LT(rejected, 4800);
     }
-    // Both ways have been gone.
-    EXPECT_GT(rejected, 500);
-    EXPECT_LT(rejected, 4800);
 }
-
-INSTANTIATE_TEST_SUITE_P(Encodings, AnyText, testing::Values(utf8, utf16));
 
 }  // namespace
 }  // namespace mvn
