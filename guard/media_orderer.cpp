@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <utility>
 
+#include "core/serial_distance.h"
+
 namespace mvrtpfec {
 
 namespace {
@@ -13,10 +15,6 @@ namespace {
 constexpr int lateZone = 1024;
 /// In windows: so far ahead a single packet is believed.
 constexpr int believedWindows = 4;
-
-int serialDistance(std::uint16_t from, std::uint16_t to) {
-    return static_cast<std::int16_t>(static_cast<std::uint16_t>(to - from));
-}
 
 }  // namespace
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "core/fec_packet.h"
+#include "core/serial_distance.h"
 
 namespace mvrtpfec {
 
@@ -15,10 +16,6 @@ constexpr int sameRun = 1024;
 
 /// The widest window the decoder can learn holds fewer.
 constexpr std::uint32_t maxPadding = 65535;
-
-int serialDistance(std::uint16_t from, std::uint16_t to) {
-    return static_cast<std::int16_t>(static_cast<std::uint16_t>(to - from));
-}
 
 }  // namespace
 
