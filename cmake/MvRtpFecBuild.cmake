@@ -18,7 +18,11 @@ endif()
 add_library(mvrtpfec_flags INTERFACE)
 target_compile_options(mvrtpfec_flags INTERFACE
   -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
-  -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wformat=2 -Wundef -Wimplicit-fallthrough)
+  -Woverloaded-virtual -Wcast-qual -Wformat=2 -Wundef -Wimplicit-fallthrough)
+if(NOT WIN32)
+  # The system's own interfaces have no protected destructors.
+  target_compile_options(mvrtpfec_flags INTERFACE -Wnon-virtual-dtor)
+endif()
 if(MVRTPFEC_SANITIZE)
   target_compile_options(mvrtpfec_flags INTERFACE
     -fsanitize=${MVRTPFEC_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -1,9 +1,10 @@
 # `cmake --install` puts the program, the FEC core and its CMake package in place:
-# find_package(MvRtpFec) gives MvRtpFec::core (with what it stands on) and MvRtpFec::guard.
+# find_package(MvRtpFec) gives MvRtpFec::core, MvRtpFec::guard, MvRtpFec::sender and MvRtpFec::receiver
+# with what they stand on.
 
 include(CMakePackageConfigHelpers)
 
-set(exported platform support core guard)
+set(exported platform support core framework sender receiver guard)
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/MvRtpFec")
 
 foreach(name IN LISTS exported)

@@ -1,16 +1,27 @@
 #!/usr/bin/env bash
 # check_imports.sh FILE...: the house rules about #include and #ifdef that the compiler can't see.
-#  - platform <- support <- core <- guard <- host: a folder includes itself and what stands below it;
-#  - tests, fuzz and bench may include all of these, and only those three may include tests;
+#  - a folder includes itself and what stands below it, as the table says;
+#  - tests, fuzz and bench may include everything, and only those three may include tests;
 #  - own headers are included from the repository's root;
 #  - _WIN32 is asked for in platform/ alone.
 set -euo pipefail
 
 awk '
     BEGIN {
-        count = split("platform support core guard host", order)
-        for (i = 1; i <= count; ++i) rank[order[i]] = i
-        rank["tests"] = rank["fuzz"] = rank["bench"] = count + 1
+        allowed["platform"] = "platform"
+        allowed["support"] = "support platform"
+        allowed["core"] = "core support platform"
+        allowed["guard"] = "guard core support platform"
+        allowed["framework"] = "framework support platform"
+        allowed["sender"] = "sender framework core support platform"
+        allowed["receiver"] = "receiver framework core support platform"
+        allowed["host"] = "host guard sender receiver framework core support platform"
+        everything = allowed["host"] " tests bench fuzz"
+        allowed["tests"] = allowed["bench"] = allowed["fuzz"] = everything
+        for (folder in allowed) {
+            count = split(allowed[folder], names)
+            for (i = 1; i <= count; ++i) mayInclude[folder, names[i]] = 1
+        }
     }
     function object(message) {
         printf "%s:%d: %s\n", FILENAME, FNR, message
@@ -23,11 +34,11 @@ awk '
         sub(/".*/, "", header)
         target = header
         sub(/\/.*/, "", target)
-        if (header !~ /\// || !(target in rank))
+        if (header !~ /\// || !(target in allowed))
             object("\"" header "\" is not named from the root of the repository")
-        else if (rank[target] > rank[folder])
+        else if (!((folder, target) in mayInclude))
             object(folder "/ must not include " target "/")
     }
-    /_WIN32/ && folder != "platform" { object("_WIN32 belongs in platform/") }
+    /(^|[^A-Za-z0-9_])_WIN32/ && folder != "platform" { object("_WIN32 belongs in platform/") }
     END { exit found }
 ' "$@"

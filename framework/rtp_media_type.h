@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/media_type.h"
+
+namespace mvrtpfec {
+
+/// The media type of RTP packets, one whole packet a sample; no format block.
+inline constexpr GUID MEDIATYPE_Rtp{
+    0x1ACFFBF0, 0x54E2, 0x4ADF, {0x86, 0x76, 0x5F, 0xEB, 0x92, 0x13, 0x30, 0xFA}};
+inline constexpr GUID MEDIASUBTYPE_Rtp{
+    0x0E461559, 0x0CE5, 0x4E63, {0xA6, 0xA3, 0x2C, 0x84, 0xF9, 0xCA, 0xE2, 0x51}};
+
+}  // namespace mvrtpfec
