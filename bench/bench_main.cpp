@@ -62,6 +62,7 @@ int main(int argc, char** argv) {
     mvrtpfec::bench::registerComposerBenchmarks();
     mvrtpfec::bench::registerDecoderBenchmarks();
     mvrtpfec::bench::registerReorderBenchmarks();
+    mvrtpfec::bench::registerGraphBenchmarks();
     try {
         Recorder recorder;
         benchmark::RunSpecifiedBenchmarks(&recorder);

@@ -49,7 +49,10 @@ bool reportTargets(const Measurements& measured, const std::string& jsonPath) {
     for (const Target& target : targets()) {
         const auto subject = measured.find(target.subject);
         const auto limit = measured.find(target.limit);
-        if (subject != measured.end() && limit != measured.end())
+        if (subject == measured.end()) continue;
+        if (target.limit.empty())
+            outcomes.push_back({target, subject->second, 1});
+        else if (limit != measured.end())
             outcomes.push_back({target, subject->second, limit->second});
     }
     bool allHeld = true;

@@ -6,7 +6,8 @@
 
 namespace mvrtpfec::bench {
 
-/// What a figure must reach: the time of `subject` over the time of `limit`, both measured in this run.
+/// What a figure must reach: the time of `subject` over the time of `limit`, both measured in this run. An
+/// empty limit stands for a nanosecond.
 struct Target {
     std::string name;
     std::string subject;
@@ -27,5 +28,6 @@ bool reportTargets(const Measurements& measured, const std::string& jsonPath);
 void registerComposerBenchmarks();
 void registerDecoderBenchmarks();
 void registerReorderBenchmarks();
+void registerGraphBenchmarks();
 
 }  // namespace mvrtpfec::bench

@@ -8,6 +8,8 @@
 
 #ifndef _WIN32
 
+#include <atomic>
+#include <cstddef>
 #include <mutex>
 
 struct SECURITY_ATTRIBUTES;
@@ -30,6 +32,7 @@ using LPTHREAD_START_ROUTINE = DWORD(WINAPI*)(LPVOID);
 /// Re-entrant.
 struct CRITICAL_SECTION {
     std::recursive_mutex mutex;
+    std::atomic<DWORD> owner{0};  ///< the thread that took it last
 };
 
 // The operations have C linkage as the system's own have, so that tests can stand in for them.
@@ -55,12 +58,18 @@ HANDLE CreateThread(SECURITY_ATTRIBUTES* attributes, std::size_t stackSize, LPTH
                     LPVOID parameter, DWORD flags, DWORD* threadId);
 /// The previous suspend count (1 or 0), 0xFFFFFFFF for what is no thread.
 DWORD ResumeThread(HANDLE thread);
+/// Never 0, and never another thread's, even when that one has ended.
 DWORD GetCurrentThreadId();
 
+/// WAIT_OBJECT_0, WAIT_TIMEOUT, or WAIT_FAILED with ERROR_INVALID_HANDLE for a null handle. 0 milliseconds
+/// only try.
 DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds);
-/// WAIT_OBJECT_0 plus the lowest index that is signalled (any), or WAIT_OBJECT_0 (all, taken together).
+/// As WaitForSingleObject, with WAIT_OBJECT_0 plus the lowest index that is signalled (any), or WAIT_OBJECT_0
+/// (all, taken together). ERROR_INVALID_PARAMETER for a count that isn't 1 to MAXIMUM_WAIT_OBJECTS, for no
+/// array, and for an object that stands twice among all.
 DWORD WaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL waitAll, DWORD milliseconds);
-/// A null handle gives FALSE and ERROR_INVALID_HANDLE.
+/// A null handle gives FALSE and ERROR_INVALID_HANDLE. A thread goes on without its handle; one that was
+/// never resumed, or has ended, is gone when this returns.
 BOOL CloseHandle(HANDLE object);
 
 void InitializeCriticalSection(CRITICAL_SECTION* section);

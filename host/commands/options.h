@@ -5,9 +5,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include "host/graph/matrix_config.h"
 #include "host/io/file_format.h"
 #include "host/io/packet_source.h"
-#include "host/stages/fec_sender.h"
 
 // Options that several commands share, each with its text in one place.
 

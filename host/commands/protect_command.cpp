@@ -8,9 +8,10 @@
 #include "host/commands/options.h"
 #include "host/commands/progress_bar.h"
 #include "host/commands/report.h"
+#include "host/graph/filter_graph.h"
+#include "host/graph/sender_branch.h"
 #include "host/io/packet_sink.h"
 #include "host/io/packet_source.h"
-#include "host/stages/fec_sender.h"
 
 namespace mvrtpfec {
 
@@ -35,13 +36,15 @@ ProtectFigures protectStream(PacketSource& source, PacketSink& sink, const Prote
     ProtectFigures figures;
     Datagram media;
     Datagram fec;
-    FecSender sender(options.matrix, [&](StreamPort port, ConstRtpPacketView packet) {
+    FilterGraph graph;
+    SenderBranch sender(graph, options.matrix, [&](StreamPort port, ConstRtpPacketView packet) {
         ++(port == StreamPort::fecA ? figures.fecA : figures.fecB);
         fec.port = port;
         fec.time = media.time;
         fec.payload.assign(packet.data, packet.data + packet.length);
         sink.write(fec);
     });
+    graph.run();
 
     ProgressBar progress;
     while (source.read(media)) {
@@ -56,6 +59,7 @@ ProtectFigures protectStream(PacketSource& source, PacketSink& sink, const Prote
             sender.push(viewOf(media.payload));
     }
     requireMedia(figures.media, source, options.in, options.port);
+    sender.finish();
     sink.finish();
     return figures;
 }

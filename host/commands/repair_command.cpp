@@ -8,9 +8,10 @@
 #include "host/commands/options.h"
 #include "host/commands/progress_bar.h"
 #include "host/commands/report.h"
-#include "host/io/packet_sink.h"
+#include "host/graph/filter_graph.h"
 #include "host/io/packet_source.h"
 #include "host/stages/repair_chain.h"
+#include "host/stages/repaired_output.h"
 
 namespace mvrtpfec {
 
@@ -25,25 +26,26 @@ struct RepairOptions {
 };
 
 /// Delivered packets bear the time of the packet that set them free, as a receiver would send them.
-RepairFigures repairStream(PacketSource& source, PacketSink& sink, const RepairOptions& options) {
-    Datagram in;
-    Datagram out;
-    RepairChain chain(options.guard, [&](ConstRtpPacketView packet) {
-        out.time = in.time;
-        out.payload.assign(packet.data, packet.data + packet.length);
-        sink.write(out);
-    });
+RepairFigures repairStream(PacketSource& source, RepairedOutput& output, const RepairOptions& options) {
+    FilterGraph graph;
+    RepairChain chain(graph, options.guard,
+                      [&](ConstRtpPacketView packet, const Moment& moment) { output.write(packet, moment); });
+    graph.run();
 
     ProgressBar progress;
+    Datagram in;
+    Moment moment;
     while (source.read(in)) {
         throwIfInterrupted();
         progress.update([&] { return source.progress(); });
-        chain.push(in.port, in.payload);
+        moment.time = in.time;
+        moment.addressing = *source.addressing();
+        chain.push(in.port, in.payload, moment);
     }
     chain.finish();
     const RepairFigures figures = chain.figures();
     requireMedia(figures.delivered, source, options.in, options.port);
-    sink.finish();
+    output.finish();
     return figures;
 }
 
@@ -52,8 +54,8 @@ void runRepair(const RepairOptions& options) {
     requireFormat(options.out);
     requireDistinct(options.out, options.json);
     const auto source = openSource(options.in, options.port);
-    const auto sink = openSink(options.out, options.port, source->addressing());
-    const RepairFigures figures = repairStream(*source, *sink, options);
+    RepairedOutput output(options.out, options.port, *source);
+    const RepairFigures figures = repairStream(*source, output, options);
 
     Table table;
     addRows(table, figures);

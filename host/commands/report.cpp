@@ -22,7 +22,7 @@ void writeJson(const nlohmann::ordered_json& json, const std::string& path) {
 }  // namespace
 
 nlohmann::ordered_json toJson(const RepairFigures& figures) {
-    const ReceiverFigures& receiver = figures.receiver;
+    const RtpFecInTotals& receiver = figures.receiver;
     nlohmann::ordered_json json{{"received", receiver.received},  {"lost", receiver.lost},
                                 {"rebuilt", receiver.rebuilt},    {"abandoned", receiver.abandoned},
                                 {"delivered", figures.delivered}, {"resets", receiver.resets},
@@ -38,7 +38,7 @@ nlohmann::ordered_json toJson(const RepairFigures& figures) {
 }
 
 void addRows(Table& table, const RepairFigures& figures) {
-    const ReceiverFigures& receiver = figures.receiver;
+    const RtpFecInTotals& receiver = figures.receiver;
     table.emplace_back("received", std::to_string(receiver.received));
     table.emplace_back("found missing", std::to_string(receiver.lost));
     table.emplace_back("rebuilt", std::to_string(receiver.rebuilt));

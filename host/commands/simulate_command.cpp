@@ -9,10 +9,12 @@
 #include "host/commands/progress_bar.h"
 #include "host/commands/report.h"
 #include "host/commands/sample_file.h"
-#include "host/io/packet_sink.h"
+#include "host/graph/filter_graph.h"
+#include "host/graph/lossy_sender_branch.h"
 #include "host/io/packet_source.h"
 #include "host/stages/channel.h"
 #include "host/stages/repair_chain.h"
+#include "host/stages/repaired_output.h"
 #include "host/stages/sent_history.h"
 
 namespace mvrtpfec {
@@ -43,41 +45,36 @@ struct SimulateFigures {
     std::int64_t missing() const { return static_cast<std::int64_t>(sent - repair.delivered); }
 };
 
-std::vector<std::uint8_t> bytesOf(ConstRtpPacketView packet) {
-    return {packet.data, packet.data + packet.length};
-}
-
-/// Sender, channel and receiver in a row; the output, if any, gets the repaired stream.
-SimulateFigures simulateStream(PacketSource& source, PacketSink* output, const SimulateOptions& options) {
+/// Sender, channel and receiver in one graph; the output, if any, gets the repaired stream.
+SimulateFigures simulateStream(PacketSource& source, RepairedOutput* output, const SimulateOptions& options) {
     SentHistory history;
-    Datagram delivered;
-    RepairChain receiver(options.guard, [&](ConstRtpPacketView packet) {
+    Moment moment;
+    FilterGraph graph;
+    RepairChain receiver(graph, options.guard, [&](ConstRtpPacketView packet, const Moment& freed) {
         history.check(packet);
-        if (output == nullptr) return;
-        delivered.payload = bytesOf(packet);
-        output->write(delivered);
+        if (output != nullptr) output->write(packet, freed);
     });
-    Channel channel(options.channel, [&](StreamPort port, const std::vector<std::uint8_t>& packet) {
-        receiver.push(port, packet);
-    });
-    FecSender sender(options.matrix, [&](StreamPort port, ConstRtpPacketView packet) {
-        channel.push(port, bytesOf(packet));
-    });
+    LossySenderBranch sender(graph, options.matrix, options.channel,
+                             [&](StreamPort port, ConstRtpPacketView packet) {
+                                 receiver.push(port, {packet.data, packet.length}, moment);
+                             });
+    graph.run();
 
     ProgressBar progress;
     Datagram media;
     while (source.read(media)) {
         throwIfInterrupted();
         progress.update([&] { return source.progress(); });
+        moment.addressing = *source.addressing();
         if (media.port != StreamPort::media || !viewOf(media.payload).isValid()) continue;
         history.add(viewOf(media.payload));
-        channel.push(StreamPort::media, media.payload);
         sender.push(viewOf(media.payload));
     }
     requireMedia(history.sent(), source, options.in, options.port);
-    channel.finish();
+    sender.finish();
     receiver.finish();
     if (output != nullptr) output->finish();
+    const Channel& channel = sender.channel();
     return {receiver.figures(),   history.sent(),       channel.droppedMedia(),
             channel.droppedFec(), history.mismatched(), history.isWhole()};
 }
@@ -125,10 +122,10 @@ void runSimulate(SimulateOptions options) {
     requireDistinct(options.output, options.json);
     requireFormat(options.in);
     const auto source = openSource(options.in, options.port);
-    std::unique_ptr<PacketSink> output;
+    std::unique_ptr<RepairedOutput> output;
     if (!options.output.empty()) {
         requireFormat(options.output);
-        output = openSink(options.output, options.port, source->addressing());
+        output = std::make_unique<RepairedOutput>(options.output, options.port, *source);
     }
     report(options, simulateStream(*source, output.get(), options));
 }

@@ -15,6 +15,9 @@ constexpr int udpPortOf(StreamPort port, std::uint16_t mediaPort) {
     return mediaPort + 2 * static_cast<int>(port);
 }
 
+/// No UDP payload is longer; what follows the header of an IPv4 packet is less.
+inline constexpr std::int32_t maxDatagramSize = 65535;
+
 /// One UDP datagram of the stream, on its way from a source to a sink.
 struct Datagram {
     StreamPort port = StreamPort::media;

@@ -19,16 +19,17 @@ constexpr std::uint32_t maxPadding = 65535;
 
 }  // namespace
 
-RepairChain::RepairChain(bool guarded, Output output)
+RepairChain::RepairChain(FilterGraph& graph, bool guarded, Output output)
     : output_(std::move(output)),
-      receiver_(std::make_unique<FecReceiver>([this](ConstRtpPacketView packet) { deliver(packet); })) {
+      receiver_(graph, [this](ConstRtpPacketView packet, const Moment& moment) { deliver(packet, moment); }) {
     if (!guarded) return;
     guard_ = std::make_unique<PacketGuard>([this](ReceiverInput input, std::unique_ptr<RtpPacket> packet) {
-        receiver_->push(static_cast<std::size_t>(input), std::move(packet));
+        receiver_.push(static_cast<std::size_t>(input), std::move(packet), now_);
     });
 }
 
-void RepairChain::push(StreamPort port, const std::vector<std::uint8_t>& datagram) {
+void RepairChain::push(StreamPort port, std::span<const std::uint8_t> datagram, const Moment& moment) {
+    now_ = moment;
     if (datagram.size() < rtpHeaderSize) {
         ++runts_;
         return;
@@ -44,8 +45,7 @@ void RepairChain::feed(std::size_t input, std::unique_ptr<RtpPacket> packet) {
     if (guard_)
         guard_->push(std::move(packet));
     else
-        receiver_->push(input, std::move(packet));
-    rethrowOutputError();
+        receiver_.push(input, std::move(packet), now_);
 }
 
 void RepairChain::note(ConstRtpPacketView packet) {
@@ -77,16 +77,18 @@ void RepairChain::noteFec(ConstRtpPacketView fec) {
 
 void RepairChain::finish() {
     if (guard_) guard_->flush();
-    rethrowOutputError();
+    receiver_.waitUntilIdle();
     if (!newest_) return;
     firstPadding_ = static_cast<std::uint16_t>(*newest_ + 1);
     // Where the first padding packet waits behind a hole the receiver gives it up; a second one then
     // takes its place, and without a hole it is the second that goes.
-    if (!guard_) feed(mediaInput_, makePadding(*firstPadding_));
-    while (!drained_ && paddingPushed_ < maxPadding) {
-        const auto number = static_cast<std::uint16_t>(*firstPadding_ + paddingPushed_++);
-        feed(mediaInput_, makePadding(number));
-    }
+    if (!guard_) pad(0);
+    while (!drained_ && paddingPushed_ < maxPadding) pad(paddingPushed_++);
+}
+
+void RepairChain::pad(std::uint32_t index) {
+    feed(mediaInput_, makePadding(static_cast<std::uint16_t>(*firstPadding_ + index)));
+    receiver_.waitUntilIdle();
 }
 
 /// A bare header: no sender makes a media packet without payload.
@@ -102,26 +104,17 @@ bool RepairChain::isPadding(ConstRtpPacketView packet) const {
            serialDistance(*firstPadding_, packet.sequenceNumber()) >= 0;
 }
 
-void RepairChain::deliver(ConstRtpPacketView packet) {
+void RepairChain::deliver(ConstRtpPacketView packet, const Moment& moment) {
     if (isPadding(packet)) {
         drained_ = true;
         return;
     }
     ++delivered_;
-    try {
-        output_(packet);
-    } catch (...) {
-        // The decoder goes on with the next packet whatever happens here; the caller must not.
-        if (!outputError_) outputError_ = std::current_exception();
-    }
-}
-
-void RepairChain::rethrowOutputError() {
-    if (outputError_) std::rethrow_exception(std::exchange(outputError_, nullptr));
+    output_(packet, moment);
 }
 
 RepairFigures RepairChain::figures() const {
-    RepairFigures figures{receiver_->figures(), delivered_, runts_, std::nullopt};
+    RepairFigures figures{receiver_.totals(), delivered_, runts_, std::nullopt};
     if (guard_) figures.guard = guard_->figures();
     const std::uint64_t ours = paddingPushed_ + (figures.guard ? figures.guard->refed : 0);
     figures.receiver.received -= std::min(figures.receiver.received, ours);

@@ -1,52 +1,54 @@
 #pragma once
 
 #include <cstdint>
-#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <vector>
+#include <span>
 
 #include "core/rtp_packet.h"
 #include "guard/packet_guard.h"
+#include "host/graph/receiver_branch.h"
 #include "host/io/datagram.h"
-#include "host/stages/fec_receiver.h"
 
 namespace mvrtpfec {
 
 struct RepairFigures {
-    ReceiverFigures receiver;
+    RtpFecInTotals receiver;
     std::uint64_t delivered = 0;  ///< media packets given to the output
     std::uint64_t runts = 0;      ///< datagrams too short for an RTP header, left out
     std::optional<GuardFigures> guard;
 };
 
-/// A finite stream through the receiver, with or without the packet guard in front. At its end the
-/// last window is pushed out with padding media packets, which neither the output nor the figures see.
+/// A finite stream through the receiver of a graph, with or without the packet guard in front. At its end
+/// the last window is pushed out with padding media packets, which neither the output nor the figures see.
+/// The host's thread, but for the output.
 class RepairChain {
 public:
-    using Output = std::function<void(ConstRtpPacketView)>;
+    /// Runs on the receiver's thread, and not any more when finish() has returned.
+    using Output = ReceiverBranch::Output;
 
-    /// An exception that the output throws comes out of push() and finish().
-    RepairChain(bool guarded, Output output);
+    /// Adds its filters to `graph`, which is run when all is built. Throws GraphError.
+    RepairChain(FilterGraph& graph, bool guarded, Output output);
 
-    void push(StreamPort port, const std::vector<std::uint8_t>& datagram);
+    /// What the output throws comes out of a later push() or of finish(), as does GraphError.
+    void push(StreamPort port, std::span<const std::uint8_t> datagram, const Moment& moment);
     void finish();
+    /// After finish().
     RepairFigures figures() const;
 
 private:
     void note(ConstRtpPacketView packet);
     void noteMedia(ConstRtpPacketView media);
     void noteFec(ConstRtpPacketView fec);
-    void deliver(ConstRtpPacketView packet);
+    void deliver(ConstRtpPacketView packet, const Moment& moment);
     void feed(std::size_t input, std::unique_ptr<RtpPacket> packet);
+    void pad(std::uint32_t index);
     std::unique_ptr<RtpPacket> makePadding(std::uint16_t number) const;
     bool isPadding(ConstRtpPacketView packet) const;
-    void rethrowOutputError();
 
     Output output_;
-    std::unique_ptr<FecReceiver> receiver_;
-    std::unique_ptr<PacketGuard> guard_;
+    Moment now_;  ///< of the latest push
 
     std::size_t mediaInput_ = 0;
     std::optional<std::uint16_t> newest_;  ///< highest media number seen, or named by an FEC packet
@@ -54,12 +56,16 @@ private:
     std::uint32_t ssrc_ = 0;
 
     std::uint32_t paddingPushed_ = 0;
+    std::uint64_t runts_ = 0;
+
+    // The receiver's thread shares these; the host's looks at them and sets them while the receiver is idle.
     std::optional<std::uint16_t> firstPadding_;
     bool drained_ = false;
-
     std::uint64_t delivered_ = 0;
-    std::uint64_t runts_ = 0;
-    std::exception_ptr outputError_;
+
+    std::unique_ptr<PacketGuard> guard_;
+    // The first to go: its output uses the members above.
+    ReceiverBranch receiver_;
 };
 
 }  // namespace mvrtpfec

@@ -1,14 +1,15 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
+#include <mutex>
 #include <vector>
 
 #include "core/rtp_packet.h"
 
 namespace mvrtpfec {
 
-/// The media packets sent last, to hold delivered ones against.
+/// The media packets sent last, to hold delivered ones against. Packets are sent and delivered on two
+/// threads; the results are read when both have ended.
 class SentHistory {
 public:
     SentHistory() : slots_(size) {}
@@ -23,7 +24,7 @@ public:
     bool isWhole() const { return inOrder_ && mismatched_ == 0 && checked_ == sent_; }
 
 private:
-    /// More than the receiver holds back with any matrix we send, and the channel reorders.
+    /// More than the receiver holds back with any matrix we send, the channel reorders and is in flight.
     static constexpr std::size_t size = 8192;
 
     struct Slot {
@@ -31,6 +32,7 @@ private:
         std::vector<std::uint8_t> bytes;
     };
 
+    std::mutex mutex_;
     std::vector<Slot> slots_;
     std::uint64_t sent_ = 0;
     std::uint64_t checked_ = 0;

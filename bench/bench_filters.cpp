@@ -1,0 +1,82 @@
+#include "bench/bench_filters.h"
+
+#include "framework/rtp_media_type.h"
+#include "platform/wide_literal.h"
+
+namespace mvrtpfec::bench {
+
+using platform::operator""_w;
+
+class BenchSource::Pin final : public CBaseOutputPin {
+public:
+    Pin(CBaseFilter* filter, CCritSec* lock, HRESULT* result)
+        : CBaseOutputPin(nullptr, filter, lock, result, "Out"_w),
+          // NOLINTNEXTLINE(cppcoreguidelines-owning-memory)
+          samples_(new CBaseAllocator(nullptr, nullptr)) {}
+
+    HRESULT CheckMediaType(const CMediaType*) override { return S_OK; }
+    HRESULT GetMediaType(int position, CMediaType* type) override {
+        if (position != 0) return VFW_S_NO_MORE_ITEMS;
+        *type = CMediaType(MEDIATYPE_Rtp, MEDIASUBTYPE_Rtp);
+        return S_OK;
+    }
+    HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* request) override {
+        *request = {256, 1, 1, 0};
+        ALLOCATOR_PROPERTIES actual{};
+        return allocator->SetProperties(request, &actual);
+    }
+    HRESULT DecideAllocator(IMemInputPin* input, IMemAllocator** allocator) override {
+        ALLOCATOR_PROPERTIES request{};
+        HRESULT result = DecideBufferSize(samples_, &request);
+        if (SUCCEEDED(result)) result = input->NotifyAllocator(samples_, FALSE);
+        return FAILED(result) ? result : CComPtr<IMemAllocator>(samples_.p).CopyTo(allocator);
+    }
+
+    HRESULT deliver(RtpPacketView packet) {
+        CComPtr<CMediaSample> sample;
+        const HRESULT result = samples_->TakeSample(&sample, 0);
+        if (FAILED(result)) return result;
+        sample->SetPointer(packet.data, packet.length);
+        return Deliver(sample);
+    }
+
+private:
+    CComPtr<CBaseAllocator> samples_;
+};
+
+BenchSource::BenchSource(std::size_t pins) : CBaseFilter(nullptr, nullptr, &lock_, GUID_NULL) {
+    HRESULT result = S_OK;
+    for (std::size_t i = 0; i < pins; ++i) pins_.push_back(std::make_unique<Pin>(this, &lock_, &result));
+}
+
+BenchSource::~BenchSource() = default;
+
+CBasePin* BenchSource::GetPin(int index) {
+    return pins_[static_cast<std::size_t>(index)].get();
+}
+
+HRESULT BenchSource::deliver(std::size_t pin, RtpPacketView packet) {
+    return pins_[pin]->deliver(packet);
+}
+
+class BenchSink::Pin final : public CBaseInputPin {
+public:
+    Pin(CBaseFilter* filter, CCritSec* lock, HRESULT* result)
+        : CBaseInputPin(nullptr, filter, lock, result, "In"_w) {}
+
+    HRESULT CheckMediaType(const CMediaType*) override { return S_OK; }
+    STDMETHODIMP ReceiveCanBlock() override { return S_FALSE; }
+};
+
+BenchSink::BenchSink(std::size_t pins) : CBaseFilter(nullptr, nullptr, &lock_, GUID_NULL) {
+    HRESULT result = S_OK;
+    for (std::size_t i = 0; i < pins; ++i) pins_.push_back(std::make_unique<Pin>(this, &lock_, &result));
+}
+
+BenchSink::~BenchSink() = default;
+
+CBasePin* BenchSink::GetPin(int index) {
+    return pins_[static_cast<std::size_t>(index)].get();
+}
+
+}  // namespace mvrtpfec::bench

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "framework/base/unknown.h"
+#include "framework/samples/media_sample.h"
+
+namespace mvrtpfec {
+
+/// A pool of samples. What their payload is, derived classes say through the hooks. Any number of threads
+/// may call; a waiting GetBuffer sleeps until a sample comes home or the pool is decommitted. Each sample
+/// that is out holds a reference on the allocator. The lock is never held while calling out; taking and
+/// giving back a sample with nobody waiting costs one short lock and neither a system call nor memory.
+class CBaseAllocator : public CUnknown, public IMemAllocatorCallbackTemp {
+public:
+    CBaseAllocator(const char* name, IUnknown* outer) noexcept;
+
+    DECLARE_IUNKNOWN
+    STDMETHODIMP NonDelegatingQueryInterface(REFIID riid, void** object) override;
+
+    /// The buffer size is rounded up so that buffer plus prefix is a multiple of the alignment. E_INVALIDARG
+    /// for counts and sizes below 1, a prefix below 0 and a pool whose size can't be expressed;
+    /// VFW_E_BADALIGN unless the alignment is a power of two; VFW_E_ALREADY_COMMITTED;
+    /// VFW_E_BUFFERS_OUTSTANDING.
+    STDMETHODIMP SetProperties(ALLOCATOR_PROPERTIES* request, ALLOCATOR_PROPERTIES* actual) override;
+    STDMETHODIMP GetProperties(ALLOCATOR_PROPERTIES* properties) override;
+    /// Takes back a decommit that is pending. VFW_E_SIZENOTSET before SetProperties.
+    STDMETHODIMP Commit() override;
+    /// Wakes those who wait; complete once every sample is home.
+    STDMETHODIMP Decommit() override;
+    /// VFW_E_NOT_COMMITTED, also when decommitted while it waited; VFW_E_TIMEOUT with AM_GBF_NOWAIT. The
+    /// times and the other flags are not looked at.
+    STDMETHODIMP GetBuffer(IMediaSample** buffer, REFERENCE_TIME* start, REFERENCE_TIME* stop,
+                           DWORD flags) override;
+    /// For the samples of this pool themselves, when their count reaches 0.
+    STDMETHODIMP ReleaseBuffer(IMediaSample* buffer) override;
+
+    /// The callback hears of every sample that comes home; null ends that.
+    STDMETHODIMP SetNotify(IMemAllocatorNotifyCallbackTemp* callback) override;
+    /// The samples that are not out right now, committed or not.
+    STDMETHODIMP GetFreeCount(LONG* freeBuffers) override;
+
+    /// GetBuffer by the sample's own type.
+    HRESULT TakeSample(CMediaSample** sample, DWORD flags) noexcept;
+
+protected:
+    /// Called when a commit begins, under the lock: it may use propertiesLocked() and areSamplesStale() but
+    /// none of the public operations. The plain one makes the samples by MakeSample when the properties
+    /// have changed since they were made. May throw.
+    virtual HRESULT Alloc();
+    /// Called when a decommit is complete, every sample home, under the lock. An allocator destroyed while
+    /// committed is not asked. Samples are kept for the next commit.
+    virtual void Free() noexcept {}
+    /// One of cBuffers samples, called by Alloc. The plain one has no payload; whoever takes it sets one.
+    virtual std::unique_ptr<CMediaSample> MakeSample(LONG index);
+    /// Called without the lock when a sample's last reference has gone, before it can be taken again.
+    virtual void OnRelease(CMediaSample& sample) noexcept;
+
+    const ALLOCATOR_PROPERTIES& propertiesLocked() const noexcept { return properties_; }
+    bool areSamplesStale() const noexcept { return samplesStale_; }
+
+private:
+    bool hasSameSizes(const ALLOCATOR_PROPERTIES& other) const noexcept;
+    HRESULT allocLocked() noexcept;
+    HRESULT waitForSample(std::unique_lock<std::mutex>& lock, DWORD flags) noexcept;
+    void giveBack(CMediaSample& sample) noexcept;
+    void pushLocked(CMediaSample& sample) noexcept;
+    CMediaSample& popLocked() noexcept;
+
+    mutable std::mutex mutex_;
+    std::condition_variable changed_;
+    int waiting_ = 0;
+
+    ALLOCATOR_PROPERTIES properties_{};
+    bool samplesStale_ = true;
+    bool committed_ = false;
+    bool decommitPending_ = false;
+    /// Tells a waiting thread that it was decommitted, whatever has happened since.
+    unsigned decommits_ = 0;
+
+    std::vector<std::unique_ptr<CMediaSample>> samples_;
+    CMediaSample* free_ = nullptr;
+    LONG out_ = 0;
+    CComPtr<IMemAllocatorNotifyCallbackTemp> notify_;
+};
+
+}  // namespace mvrtpfec

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdint>
+
+#include "framework/base/com_ptr.h"
+#include "platform/media_samples.h"
+
+namespace mvrtpfec {
+
+/// The RTP sequence number of the packet in a sample (RFC 3550 section 5.1); bytes that the sample's buffer
+/// doesn't hold count as 0.
+std::int32_t GetRtpSequenceNumber(CComPtr<IMediaSample> sample);
+
+}  // namespace mvrtpfec

@@ -1,0 +1,125 @@
+#include "sender/rtp_fec_filter.h"
+
+#include <new>
+
+#include "framework/guarded_entry.h"
+#include "platform/runtime_rand.h"
+#include "platform/wide_literal.h"
+
+namespace mvrtpfec {
+
+using platform::operator""_w;
+
+CUnknown* CRtpFecFilter::CreateInstance(IUnknown* outer, HRESULT* result) {
+    std::unique_ptr<CRtpFecFilter> filter;
+    const HRESULT outcome = guardedEntry([&] {
+        HRESULT pins = S_OK;
+        try {
+            filter = std::make_unique<CRtpFecFilter>(outer, &pins);
+        } catch (const std::bad_alloc&) {
+            return E_OUTOFMEMORY;
+        }
+        return pins;
+    });
+    if (result != nullptr) *result = outcome;
+    return FAILED(outcome) ? nullptr : filter.release();
+}
+
+CRtpFecFilter::CRtpFecFilter(IUnknown* outer, HRESULT* result)
+    : CBaseFilter(nullptr, outer, &filterLock_, CLSID_RtpFecFilter),
+      input_(this, &filterLock_, result),
+      fecA_(this, &filterLock_, result, "FECA"_w),
+      fecB_(this, &filterLock_, result, "FECB"_w) {
+    // Nothing uses them; the composers' first sequence numbers come after them in the sequence.
+    for (int draw = 0; draw < 4; ++draw) platform::runtimeRand();
+}
+
+HRESULT CRtpFecFilter::NonDelegatingQueryInterface(REFIID riid, void** object) {
+    if (riid == IID_IFECoverRTPConfig) return GetInterface(static_cast<IFECoverRTPConfig*>(this), object);
+    return CBaseFilter::NonDelegatingQueryInterface(riid, object);
+}
+
+CBasePin* CRtpFecFilter::GetPin(int index) {
+    switch (index) {
+        case 0:
+            return &input_;
+        case 1:
+            return &fecA_;
+        case 2:
+            return &fecB_;
+        default:
+            return nullptr;
+    }
+}
+
+HRESULT CRtpFecFilter::Pause() {
+    return guardedEntry([&] {
+        const FILTER_STATE before = m_State;
+        const HRESULT result = CBaseFilter::Pause();
+        if (before != State_Running) {
+            createComposers();
+            return S_OK;
+        }
+        composerA_.set(nullptr);
+        composerB_.set(nullptr);
+        return result;
+    });
+}
+
+/// Throws for a matrix that isn't one, and then leaves everything as it was.
+void CRtpFecFilter::createComposers() {
+    const std::int32_t mode = mode_;
+    if (mode == fecNone) {
+        composerA_.set(nullptr);
+        composerB_.set(nullptr);
+        return;
+    }
+    CFecComposer::checkMatrix(mode, columns_, rows_);
+    composerA_.set(protectionOn(fecA_, mode == fecRow ? fecRow : fecColumn));
+    if (mode == fecBoth) composerB_.set(protectionOn(fecB_, fecRow));
+}
+
+std::shared_ptr<Protection> CRtpFecFilter::protectionOn(CRtpFecFilterOutputPin& pin, FecMode mode) {
+    const auto deliver = [&pin](const std::shared_ptr<RtpPacket>& packet) {
+        pin.deliverPacket(packet->view);
+    };
+    return std::make_shared<Protection>(deliver, mode, columns_, rows_);
+}
+
+void CRtpFecFilter::processPacket(IMediaSample* sample) {
+    if (sample == nullptr) {
+        fecA_.DeliverEndOfStream();
+        fecB_.DeliverEndOfStream();
+        return;
+    }
+    const LONG length = sample->GetActualDataLength();
+    BYTE* data = nullptr;
+    if (length < 0 || FAILED(sample->GetPointer(&data)) || data == nullptr) return;
+
+    const ConstRtpPacketView media{data, static_cast<std::uint16_t>(length)};
+    const auto protectA = composerA_.get();
+    const auto protectB = mode_ == fecBoth ? composerB_.get() : nullptr;
+    if (protectA) protectA->protect(media);
+    if (protectB) protectB->protect(media);
+}
+
+HRESULT CRtpFecFilter::SetColumns(std::int32_t columns) {
+    return configure(columns_, columns, 0, 20);
+}
+
+HRESULT CRtpFecFilter::SetRows(std::int32_t rows) {
+    return configure(rows_, rows, 4, 20);
+}
+
+HRESULT CRtpFecFilter::SetMode(std::int32_t mode) {
+    return configure(mode_, mode, fecNone, fecBoth);
+}
+
+HRESULT CRtpFecFilter::configure(std::atomic<std::int32_t>& value, std::int32_t wanted, std::int32_t low,
+                                 std::int32_t high) {
+    if (m_State != State_Stopped || wanted < low || wanted > high) return E_FAIL;
+    value = wanted;
+    return S_OK;
+}
+
+}  // namespace mvrtpfec

@@ -1,0 +1,18 @@
+#include "support/log_perf.h"
+
+#include "platform/debug_output.h"
+#include "support/log_message.h"
+
+namespace mvn::log {
+
+void DummyLogPerf::Log(std::uint32_t, const char* format, ...) {
+    MessageBuffer message;
+    va_list arguments;
+    va_start(arguments, format);
+    formatMessage(message, format, arguments);
+    va_end(arguments);
+    OutputDebugStringA(message.data());
+    OutputDebugStringA("\n");
+}
+
+}  // namespace mvn::log

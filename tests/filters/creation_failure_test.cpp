@@ -1,0 +1,112 @@
+#include <gtest/gtest.h>
+
+#include "framework/base/base_filter.h"
+#include "receiver/rtp_fec_in.h"
+#include "receiver/rtp_fec_in_config.h"
+#include "sender/fec_over_rtp_config.h"
+#include "sender/rtp_fec_filter.h"
+#include "tests/filters/fault_injection.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+using CreationFunction = CUnknown* (*)(IUnknown*, HRESULT*);
+
+constexpr HRESULT refused = HRESULT_FROM_WIN32(FaultInjection::error);
+
+struct Creation {
+    CUnknown* filter;
+    HRESULT result;
+    bool fired;
+};
+
+Creation createWith(Resource resource, std::size_t n, CreationFunction create) {
+    const FaultInjection fault(resource, n);
+    HRESULT result = S_OK;
+    CUnknown* filter = create(nullptr, &result);
+    return {filter, result, fault.fired()};
+}
+
+void destroy(CUnknown* filter) {
+    filter->NonDelegatingAddRef();
+    filter->NonDelegatingRelease();
+}
+
+/// Fails the first request, then the second, ... until creation needs no more, and returns how many that
+/// were. Each failure must give `expected` and leave nothing behind.
+std::size_t failEach(Resource resource, CreationFunction create, HRESULT expected) {
+    for (std::size_t n = 0;; ++n) {
+        const LONG objects = CBaseObject::ObjectsActive();
+        const std::ptrdiff_t blocks = blocksInUse();
+        const Creation creation = createWith(resource, n, create);
+        if (!creation.fired) {
+            EXPECT_EQ(creation.result, S_OK);
+            destroy(creation.filter);
+            return n;
+        }
+        EXPECT_EQ(creation.filter, nullptr) << n;
+        EXPECT_EQ(creation.result, expected) << n;
+        EXPECT_EQ(CBaseObject::ObjectsActive(), objects) << n;
+        EXPECT_EQ(blocksInUse(), blocks) << n;
+        if (creation.filter != nullptr) return n;
+    }
+}
+
+TEST(CreationFailure, OfTheSenderLeaksNothing) {
+    EXPECT_GE(failEach(Resource::memory, CRtpFecFilter::CreateInstance, E_OUTOFMEMORY), 4u);
+    EXPECT_EQ(failEach(Resource::event, CRtpFecFilter::CreateInstance, refused), 0u);
+}
+
+TEST(CreationFailure, OfTheReceiverLeaksNothing) {
+    EXPECT_GE(failEach(Resource::memory, CRtpFecIn::CreateInstance, E_OUTOFMEMORY), 10u);
+    EXPECT_EQ(failEach(Resource::semaphore, CRtpFecIn::CreateInstance, refused), 1u);
+    EXPECT_EQ(failEach(Resource::event, CRtpFecIn::CreateInstance, refused), 1u);
+    EXPECT_GE(failEach(Resource::criticalSection, CRtpFecIn::CreateInstance, refused), 2u);
+}
+
+/// There is nobody to tell; the filter must live, stop and die all the same.
+TEST(CreationFailure, WithoutAWorkerTheReceiverStandsStill) {
+    const LONG objects = CBaseObject::ObjectsActive();
+    const Creation creation = createWith(Resource::thread, 0, CRtpFecIn::CreateInstance);
+    ASSERT_TRUE(creation.fired);
+    ASSERT_EQ(creation.result, S_OK);
+    void* found = nullptr;
+    ASSERT_EQ(creation.filter->NonDelegatingQueryInterface(IID_IBaseFilter, &found), S_OK);
+    CComPtr<IBaseFilter> filter;
+    filter.Attach(static_cast<IBaseFilter*>(found));
+    EXPECT_EQ(filter->Pause(), S_OK);
+    EXPECT_EQ(filter->Stop(), S_OK);
+    filter.Release();
+    EXPECT_EQ(CBaseObject::ObjectsActive(), objects);
+}
+
+/// A pause that finds no memory fails as any other, and the next one succeeds.
+TEST(CreationFailure, OfWhatAPauseBuilds) {
+    HRESULT result = S_OK;
+    for (const CreationFunction create : {&CRtpFecFilter::CreateInstance, &CRtpFecIn::CreateInstance}) {
+        void* found = nullptr;
+        ASSERT_EQ(create(nullptr, &result)->NonDelegatingQueryInterface(IID_IBaseFilter, &found), S_OK);
+        CComPtr<IBaseFilter> filter;
+        filter.Attach(static_cast<IBaseFilter*>(found));
+        if (const auto config = queryFor<IFECoverRTPConfig>(filter, IID_IFECoverRTPConfig)) {
+            config->SetColumns(4);
+            config->SetRows(4);
+            config->SetMode(3);
+        }
+        bool fired = true;
+        for (std::size_t n = 0; fired; ++n) {
+            {
+                const FaultInjection fault(Resource::memory, n);
+                result = filter->Pause();
+                fired = fault.fired();
+            }
+            EXPECT_EQ(result, fired ? E_FAIL : S_OK) << n;
+            EXPECT_EQ(filter->Stop(), S_OK);
+        }
+    }
+}
+
+}  // namespace
+
+}  // namespace mvrtpfec

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/filters/collector.h"
+#include "tests/filters/feeder.h"
+#include "tests/filters/watchdog.h"
+
+namespace mvrtpfec {
+
+/// A filter under test between a feeder and a collector, driven through random sequences of everything that
+/// hosts, streaming threads and downstream may do, legal and not.
+class StateMachine {
+public:
+    /// The pins are the filter's own, in its order. Takes the creation's first reference.
+    StateMachine(CUnknown* filter, std::uint32_t seed);
+    ~StateMachine();
+
+    IBaseFilter& filter() { return *filter_; }
+    Collector& collector() { return *collector_; }
+    std::mt19937& random() { return random_; }
+
+    /// Something more for the application's thread to do among the rest.
+    void addAction(const char* name, std::function<void()> action);
+    /// Something for a thread of its own to do over and over (a reader of statistics).
+    void addReader(std::function<void()> action);
+    /// What the streaming threads send: the bytes of the n-th packet of an input.
+    using PacketMaker = std::function<std::vector<std::uint8_t>(std::size_t input, std::uint32_t n)>;
+
+    /// Runs the threads, then that many random actions on this thread, then stops everything.
+    void run(int actions, PacketMaker makePacket);
+
+    /// How often the collector was given a sample.
+    std::size_t delivered() const { return collector_->received(); }
+
+private:
+    struct Action {
+        const char* name;
+        std::function<void()> run;
+    };
+
+    void addStateChanges(const char* of, IBaseFilter* filter);
+    void addConnections();
+    void connectAll();
+    void stream(std::size_t input, const PacketMaker& makePacket, std::uint32_t seed);
+    void streamStep(std::size_t input, const std::vector<std::uint8_t>& packet, std::uint32_t choice);
+    std::size_t pick(std::size_t count) { return random_() % count; }
+
+    std::mt19937 random_;
+    CComPtr<IBaseFilter> filter_;
+    std::vector<CComPtr<IPin>> inputs_;
+    std::vector<CComPtr<IPin>> outputs_;
+    CComPtr<IBaseFilter> feederReference_;
+    CComPtr<IBaseFilter> collectorReference_;
+    Feeder* feeder_;
+    Collector* collector_;
+    std::vector<Action> actions_;
+    std::vector<std::function<void()>> readers_;
+    std::atomic<bool> done_{false};
+    Watchdog watchdog_;
+};
+
+}  // namespace mvrtpfec

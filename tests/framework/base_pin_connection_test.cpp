@@ -1,0 +1,308 @@
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+
+#include "framework/base/mem_allocator.h"
+#include "platform/task_memory.h"
+#include "platform/wide_literal.h"
+#include "tests/framework/test_filters.h"
+
+namespace mvrtpfec {
+namespace {
+
+using platform::operator""_w;
+
+class PinConnection : public ::testing::Test {
+protected:
+    TestOutputPin& output() { return source->pin(); }
+    TestInputPin& input() { return sink->pin(); }
+
+    void sourceTakes(std::vector<CMediaType> types) {
+        output().behaviour.accepted = output().behaviour.offered = std::move(types);
+    }
+    void sinkTakes(std::vector<CMediaType> types) {
+        input().behaviour.accepted = input().behaviour.offered = std::move(types);
+    }
+    HRESULT connect(const AM_MEDIA_TYPE* type = nullptr) { return output().Connect(&input(), type); }
+    /// The type that both ends have.
+    CMediaType connectedType() {
+        CMediaType one;
+        CMediaType other;
+        EXPECT_EQ(output().ConnectionMediaType(&one), S_OK);
+        EXPECT_EQ(input().ConnectionMediaType(&other), S_OK);
+        EXPECT_TRUE(one == other);
+        return one;
+    }
+    void expectUnconnected() {
+        for (CBasePin* pin : {static_cast<CBasePin*>(&output()), static_cast<CBasePin*>(&input())}) {
+            CComPtr<IPin> other;
+            CMediaType type = testType(9);
+            EXPECT_EQ(pin->ConnectedTo(&other), VFW_E_NOT_CONNECTED);
+            EXPECT_EQ(other.p, nullptr);
+            EXPECT_EQ(pin->ConnectionMediaType(&type), VFW_E_NOT_CONNECTED);
+            EXPECT_FALSE(type.IsValid());
+        }
+        EXPECT_EQ(output().allocator().p, nullptr);
+        EXPECT_EQ(input().allocator().p, nullptr);
+        EXPECT_EQ(output().Deliver(nullptr), VFW_E_NOT_CONNECTED);
+    }
+    /// A failed connection leaves nothing behind that is in the way of the next one.
+    void expectConnectFails(HRESULT expected, const AM_MEDIA_TYPE* type = nullptr) {
+        EXPECT_EQ(connect(type), expected);
+        expectUnconnected();
+        output().behaviour = PinBehaviour();
+        input().behaviour = PinBehaviour();
+        EXPECT_EQ(connect(), S_OK);
+        EXPECT_EQ(output().Disconnect(), S_OK);
+        EXPECT_EQ(input().Disconnect(), S_OK);
+        expectUnconnected();
+    }
+
+    Held<TestSource> source{2};
+    Held<TestSink> sink{2};
+};
+
+TEST_F(PinConnection, TakesTheFirstTypeThatBothAcceptOfTheListAskedFirst) {
+    sourceTakes({testType(1), testType(2)});
+    sinkTakes({testType(3), testType(2), testType(1)});
+    ASSERT_EQ(connect(), S_OK);
+    EXPECT_TRUE(connectedType() == testType(2));
+    EXPECT_TRUE(output().IsConnectedTo(&input()));
+    EXPECT_FALSE(output().IsConnectedTo(&sink->pin(1)));
+    EXPECT_EQ(connect(), VFW_E_ALREADY_CONNECTED);
+    EXPECT_EQ(source->pin(1).Connect(&input(), nullptr), VFW_E_ALREADY_CONNECTED);
+    EXPECT_FALSE(source->pin(1).IsConnected());
+
+    output().Disconnect();
+    input().Disconnect();
+    output().tryOwnTypesFirst();
+    ASSERT_EQ(connect(), S_OK);
+    EXPECT_TRUE(connectedType() == testType(1));
+}
+
+TEST_F(PinConnection, UsesTheOtherListWhenTheFirstOneGivesNothing) {
+    sourceTakes({testType(1), testType(2)});
+    sinkTakes({testType(2)});
+    input().behaviour.offered.clear();
+    ASSERT_EQ(connect(), S_OK);
+    EXPECT_TRUE(connectedType() == testType(2));
+}
+
+TEST_F(PinConnection, OpenFieldsOfAWantedTypeChooseFromTheLists) {
+    sourceTakes({testType(1), testType(2), testType(3)});
+    sinkTakes({testType(3), testType(2), testType(1)});
+    CMediaType wanted = testType(2);
+    wanted.formattype = GUID_NULL;
+    ASSERT_EQ(connect(&wanted), S_OK);
+    EXPECT_TRUE(connectedType() == testType(2));
+    output().Disconnect();
+    input().Disconnect();
+
+    wanted.subtype = testType(4).subtype;
+    expectConnectFails(VFW_E_NO_ACCEPTABLE_TYPES, &wanted);
+}
+
+TEST_F(PinConnection, AFullySpecifiedTypeIsTakenOrNothing) {
+    sourceTakes({testType(1), testType(2)});
+    sinkTakes({testType(1), testType(3)});
+    input().behaviour.offered.clear();
+    output().behaviour.offered.clear();
+    const CMediaType both = testType(1);
+    ASSERT_EQ(connect(&both), S_OK);
+    output().Disconnect();
+    input().Disconnect();
+
+    const CMediaType onlySource = testType(2);
+    EXPECT_EQ(connect(&onlySource), VFW_E_TYPE_NOT_ACCEPTED);
+    const CMediaType onlySink = testType(3);
+    expectConnectFails(VFW_E_TYPE_NOT_ACCEPTED, &onlySink);
+}
+
+TEST_F(PinConnection, FailureOfEitherSideIsUndoneOnBothAndTold) {
+    input().behaviour.onCompleteConnect = [] { return VFW_E_NO_CLOCK; };
+    expectConnectFails(VFW_E_NO_CLOCK);
+    output().behaviour.onCompleteConnect = [] { return VFW_E_NO_CLOCK; };
+    expectConnectFails(VFW_E_NO_CLOCK);
+    output().behaviour.onCheckMediaType = [] { return VFW_E_NO_CLOCK; };
+    expectConnectFails(VFW_E_NO_CLOCK);
+    input().behaviour.onCheckMediaType = [] { return E_INVALIDARG; };
+    expectConnectFails(VFW_E_NO_ACCEPTABLE_TYPES);
+}
+
+TEST_F(PinConnection, ExceptionsOfEitherSideAreUndoneOnBoth) {
+    const auto fault = []() -> HRESULT { throw std::runtime_error("fault"); };
+    const CMediaType type = testType(1);
+    output().behaviour.onCheckMediaType = fault;
+    EXPECT_EQ(output().QueryAccept(&type), S_FALSE);
+    expectConnectFails(E_FAIL, &type);
+    input().behaviour.onCheckMediaType = fault;
+    expectConnectFails(E_FAIL, &type);
+    output().behaviour.onCompleteConnect = fault;
+    expectConnectFails(E_FAIL, &type);
+    input().behaviour.onCompleteConnect = fault;
+    expectConnectFails(E_FAIL, &type);
+}
+
+TEST_F(PinConnection, RefusesWhatCannotBeConnected) {
+    const CMediaType type = testType(1);
+    EXPECT_EQ(output().Connect(nullptr, nullptr), E_POINTER);
+    EXPECT_EQ(input().ReceiveConnection(nullptr, &type), E_POINTER);
+    EXPECT_EQ(input().ReceiveConnection(&output(), nullptr), E_POINTER);
+    EXPECT_EQ(output().Connect(&source->pin(1), &type), VFW_E_INVALID_DIRECTION);
+    EXPECT_EQ(input().ReceiveConnection(&sink->pin(1), &type), VFW_E_INVALID_DIRECTION);
+    expectUnconnected();
+}
+
+TEST_F(PinConnection, ConnectsAndDisconnectsOnlyWhileStopped) {
+    sink->Pause();
+    EXPECT_EQ(connect(), VFW_E_NOT_STOPPED);
+    sink->Stop();
+    source->Pause();
+    EXPECT_EQ(connect(), VFW_E_NOT_STOPPED);
+    output().SetReconnectWhenActive(true);
+    EXPECT_EQ(connect(), S_OK);
+    EXPECT_EQ(output().Disconnect(), VFW_E_NOT_STOPPED);
+    EXPECT_TRUE(output().IsConnected());
+    source->Stop();
+    EXPECT_EQ(output().Disconnect(), S_OK);
+    EXPECT_EQ(output().Disconnect(), S_FALSE);
+    EXPECT_EQ(input().Disconnect(), S_OK);
+}
+
+TEST_F(PinConnection, AgreesTheReceiversAllocatorByItsRequirements) {
+    input().requirements = ALLOCATOR_PROPERTIES{100, 1400, 16, 4};
+    ASSERT_EQ(connect(), S_OK);
+    EXPECT_EQ(output().allocator().p, input().allocator().p);
+    EXPECT_FALSE(input().IsReadOnly());
+    ALLOCATOR_PROPERTIES agreed{};
+    output().allocator()->GetProperties(&agreed);
+    EXPECT_EQ(agreed.cBuffers, 100);
+    EXPECT_GE(agreed.cbBuffer, 1400);
+    EXPECT_EQ(agreed.cbAlign, 16);
+    EXPECT_EQ(agreed.cbPrefix, 4);
+}
+
+TEST_F(PinConnection, OffersItsOwnAllocatorWhenTheReceiversIsRefused) {
+    CComPtr<IMemAllocator> receivers;
+    ASSERT_EQ(input().GetAllocator(&receivers), S_OK);
+    input().allocatorsRefused = 1;
+    ASSERT_EQ(connect(), S_OK);
+    EXPECT_NE(output().allocator().p, receivers.p);
+    EXPECT_EQ(output().allocator().p, input().allocator().p);
+    EXPECT_EQ(output().decided, 2);
+    EXPECT_EQ(output().required.cbAlign, 1);
+    output().Disconnect();
+    input().Disconnect();
+
+    input().allocatorsRefused = 2;
+    const CMediaType type = testType(1);
+    expectConnectFails(VFW_E_BADALIGN, &type);
+}
+
+TEST_F(PinConnection, PinsAreFoundByTheNamesTheyTell) {
+    LPWSTR id = nullptr;
+    ASSERT_EQ(source->pin(1).QueryId(&id), S_OK);
+    CComPtr<IPin> found;
+    EXPECT_EQ(source->FindPin(id, &found), S_OK);
+    EXPECT_TRUE(isSameObject(found, static_cast<IPin*>(&source->pin(1))));
+    CoTaskMemFree(id);
+    CComPtr<IPin> missing;
+    EXPECT_EQ(source->FindPin("Pin 3"_w, &missing), VFW_E_NOT_FOUND);
+    EXPECT_EQ(source->FindPin(nullptr, &missing), E_POINTER);
+
+    PIN_INFO info{};
+    ASSERT_EQ(found->QueryPinInfo(&info), S_OK);
+    EXPECT_EQ(info.pFilter, source.get());
+    EXPECT_EQ(info.dir, PINDIR_OUTPUT);
+    EXPECT_EQ(std::basic_string_view<WCHAR>(info.achName), "Pin 2"_w);
+    info.pFilter->Release();
+}
+
+TEST_F(PinConnection, PinsAreEnumeratedUntilTheirSetChanges) {
+    source->addPin();
+    CComPtr<IEnumPins> pins;
+    ASSERT_EQ(source->EnumPins(&pins), S_OK);
+    CComPtr<IPin> two[3];
+    ULONG fetched = 9;
+    EXPECT_EQ(pins->Next(2, &two[0].p, nullptr), E_INVALIDARG);
+    EXPECT_EQ(pins->Next(2, &two[0].p, &fetched), S_OK);
+    EXPECT_EQ(fetched, 2u);
+    EXPECT_TRUE(isSameObject(two[1], static_cast<IPin*>(&source->pin(1))));
+    EXPECT_EQ(pins->Skip(2), S_FALSE);
+    CComPtr<IEnumPins> copy;
+    ASSERT_EQ(pins->Clone(&copy), S_OK);
+    EXPECT_EQ(pins->Next(1, &two[2].p, nullptr), S_OK);
+    CComPtr<IPin> rest[2];
+    EXPECT_EQ(copy->Next(2, &rest[0].p, &fetched), S_FALSE);
+    EXPECT_EQ(fetched, 1u);
+    EXPECT_EQ(rest[0].p, two[2].p);
+
+    source->IncrementPinVersion();
+    CComPtr<IPin> pin;
+    CComPtr<IEnumPins> none;
+    EXPECT_EQ(pins->Next(1, &pin.p, &fetched), VFW_E_ENUM_OUT_OF_SYNC);
+    EXPECT_EQ(fetched, 0u);
+    EXPECT_EQ(pins->Skip(1), VFW_E_ENUM_OUT_OF_SYNC);
+    EXPECT_EQ(pins->Clone(&none), VFW_E_ENUM_OUT_OF_SYNC);
+    EXPECT_EQ(pins->Reset(), S_OK);
+    EXPECT_EQ(pins->Skip(2), S_OK);
+    for (auto& held : two) held.Release();
+    rest[0].Release();
+    source->dropPin();
+    source->dropPin();
+    EXPECT_EQ(pins->Next(1, &pin.p, nullptr), S_FALSE);
+}
+
+TEST_F(PinConnection, MediaTypesAreEnumeratedUntilTheListChanges) {
+    sourceTakes({testType(1), testType(2), testType(3)});
+    CComPtr<IEnumMediaTypes> types;
+    ASSERT_EQ(output().EnumMediaTypes(&types), S_OK);
+    AM_MEDIA_TYPE* two[2] = {};
+    ULONG fetched = 0;
+    EXPECT_EQ(types->Next(2, two, nullptr), E_INVALIDARG);
+    EXPECT_EQ(types->Skip(4), S_FALSE);
+    EXPECT_EQ(types->Skip(0xFFFFFFFF), S_FALSE);
+    EXPECT_EQ(types->Skip(2), S_OK);
+    CComPtr<IEnumMediaTypes> copy;
+    ASSERT_EQ(types->Clone(&copy), S_OK);
+    EXPECT_EQ(copy->Next(2, two, &fetched), S_FALSE);
+    ASSERT_EQ(fetched, 1u);
+    EXPECT_TRUE(CMediaType(*two[0]) == testType(3));
+    DeleteMediaType(two[0]);
+
+    output().IncrementTypeVersion();
+    EXPECT_EQ(types->Next(1, two, nullptr), VFW_E_ENUM_OUT_OF_SYNC);
+    EXPECT_EQ(types->Reset(), S_OK);
+    EXPECT_EQ(types->Next(1, two, nullptr), S_OK);
+    EXPECT_TRUE(CMediaType(*two[0]) == testType(1));
+    DeleteMediaType(two[0]);
+}
+
+TEST(PinLifetime, FiltersLiveAsLongAsAnythingOfThemIsHeld) {
+    const LONG before = CBaseObject::ObjectsActive();
+    {
+        CComPtr<IPin> pin;
+        CComPtr<IEnumMediaTypes> types;
+        {
+            Held<TestSource> source{1};
+            Held<TestSink> sink{1};
+            ASSERT_EQ(source->pin().Connect(&sink->pin(), nullptr), S_OK);
+            pin = &source->pin();
+            sink->pin().EnumMediaTypes(&types);
+        }
+        EXPECT_GT(CBaseObject::ObjectsActive(), before + 4);
+        CComPtr<IPin> other;
+        ASSERT_EQ(pin->ConnectedTo(&other), S_OK);
+        EXPECT_EQ(pin->Disconnect(), S_OK);
+        EXPECT_EQ(other->Disconnect(), S_OK);
+        other.Release();
+        pin.Release();
+        AM_MEDIA_TYPE* type = nullptr;
+        EXPECT_EQ(types->Next(1, &type, nullptr), S_OK);
+        DeleteMediaType(type);
+    }
+    EXPECT_EQ(CBaseObject::ObjectsActive(), before);
+}
+
+}  // namespace
+}  // namespace mvrtpfec

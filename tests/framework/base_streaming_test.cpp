@@ -1,0 +1,281 @@
+#include <chrono>
+#include <random>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "tests/framework/event_graph.h"
+#include "tests/framework/foreign_sample.h"
+#include "tests/framework/test_filters.h"
+
+namespace mvrtpfec {
+namespace {
+
+using testing::ForeignSample;
+
+class Streaming : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_EQ(output().Connect(&input(), nullptr), S_OK); }
+    void TearDown() override {
+        input().onSample = nullptr;
+        source->Stop();
+        sink->Stop();
+        output().Disconnect();
+        input().Disconnect();
+    }
+    void run() {
+        ASSERT_EQ(sink->Run(0), S_OK);
+        ASSERT_EQ(source->Run(0), S_OK);
+    }
+    TestOutputPin& output() { return source->pin(); }
+    TestInputPin& input() { return sink->pin(); }
+    /// A delivery buffer with a type attached.
+    CComPtr<IMediaSample> sampleOf(CMediaType type) {
+        CComPtr<IMediaSample> sample;
+        EXPECT_EQ(output().GetDeliveryBuffer(&sample, nullptr, nullptr, 0), S_OK);
+        EXPECT_EQ(sample->SetMediaType(&type), S_OK);
+        return sample;
+    }
+    /// Waits for what another thread is about to bring about.
+    template <class Condition>
+    void await(Condition condition) {
+        while (!condition()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+
+    Held<TestSource> source{1};
+    Held<TestSink> sink{1};
+};
+
+TEST_F(Streaming, SamplesGoThroughOnlyWhenBothFiltersAreActive) {
+    EXPECT_EQ(source->send("early"), VFW_E_NOT_COMMITTED);
+    ASSERT_EQ(source->Pause(), S_OK);
+    EXPECT_EQ(source->send("stopped sink"), VFW_E_WRONG_STATE);
+    run();
+    EXPECT_EQ(source->send("one"), S_OK);
+    EXPECT_EQ(source->send("two"), S_OK);
+    EXPECT_EQ(input().packets(), (std::vector<std::string>{"one", "two"}));
+    sink->Stop();
+    source->Stop();
+    output().Disconnect();
+    CComPtr<IMediaSample> sample;
+    EXPECT_EQ(output().GetDeliveryBuffer(&sample, nullptr, nullptr, 0), E_NOINTERFACE);
+    EXPECT_EQ(output().Active(), VFW_E_NO_ALLOCATOR);
+}
+
+TEST_F(Streaming, AFlushTurnsSamplesAwayUntilItEnds) {
+    run();
+    EXPECT_EQ(output().DeliverBeginFlush(), S_OK);
+    EXPECT_EQ(source->send("flushed"), S_FALSE);
+    EXPECT_EQ(output().DeliverEndFlush(), S_OK);
+    EXPECT_EQ(source->send("later"), S_OK);
+    EXPECT_EQ(input().packets(), std::vector<std::string>{"later"});
+
+    output().DeliverBeginFlush();
+    sink->Stop();
+    EXPECT_FALSE(input().IsFlushing());
+}
+
+TEST_F(Streaming, EndOfStreamSegmentsAndFlushesReachTheOtherEndOnlyWhileConnected) {
+    EXPECT_EQ(output().DeliverEndOfStream(), S_OK);
+    EXPECT_EQ(output().DeliverNewSegment(1, 2, 0.5), S_OK);
+    EXPECT_EQ(input().CurrentStartTime(), 1);
+    EXPECT_EQ(input().CurrentStopTime(), 2);
+    EXPECT_EQ(input().CurrentRate(), 0.5);
+    EXPECT_EQ(output().EndOfStream(), E_UNEXPECTED);
+    EXPECT_EQ(output().BeginFlush(), E_UNEXPECTED);
+    EXPECT_EQ(output().EndFlush(), E_UNEXPECTED);
+    output().Disconnect();
+    EXPECT_EQ(output().DeliverEndOfStream(), VFW_E_NOT_CONNECTED);
+    EXPECT_EQ(output().DeliverBeginFlush(), VFW_E_NOT_CONNECTED);
+    EXPECT_EQ(output().DeliverEndFlush(), VFW_E_NOT_CONNECTED);
+    EXPECT_EQ(output().DeliverNewSegment(0, 1, 1), VFW_E_NOT_CONNECTED);
+    EXPECT_EQ(input().endsOfStream, 1);
+    EXPECT_EQ(input().flushesBegun + input().flushesEnded, 0);
+}
+
+TEST_F(Streaming, ARefusedTypeChangeIsARunTimeErrorUntilTheNextFlushOrStop) {
+    CComPtr<EventGraph> graph(new EventGraph);
+    sink->JoinFilterGraph(graph, nullptr);
+    run();
+    EXPECT_EQ(output().Deliver(sampleOf(testType(1))), S_OK);
+    EXPECT_EQ(output().Deliver(sampleOf(testType(2))), VFW_E_INVALIDMEDIATYPE);
+    EXPECT_EQ(graph->code, EC_ERRORABORT);
+    EXPECT_EQ(graph->parameter1, VFW_E_TYPE_NOT_ACCEPTED);
+    EXPECT_EQ(input().endsOfStream, 1);
+    EXPECT_EQ(source->send("more"), VFW_E_RUNTIME_ERROR);
+    output().DeliverBeginFlush();
+    output().DeliverEndFlush();
+    EXPECT_EQ(source->send("more"), S_OK);
+
+    EXPECT_EQ(output().Deliver(sampleOf(testType(2))), VFW_E_INVALIDMEDIATYPE);
+    sink->Stop();
+    source->Stop();
+    run();
+    EXPECT_EQ(source->send("more"), S_OK);
+    sink->JoinFilterGraph(nullptr, nullptr);
+}
+
+TEST_F(Streaming, SamplesOfOthersAreAskedForTheirTypeTheWayTheyAnswer) {
+    run();
+    ForeignSample sample;
+    EXPECT_EQ(input().Receive(&sample), S_OK);
+    sample.typeResult = E_ABORT;
+    EXPECT_EQ(input().Receive(&sample), E_ABORT);
+    const CMediaType accepted = testType(1);
+    sample.attachedType = &accepted;
+    EXPECT_EQ(input().Receive(&sample), S_OK);
+    sample.answersMediaSample2 = true;
+    sample.propertyFlags = AM_SAMPLE_TYPECHANGED;  // and no type
+    EXPECT_EQ(input().Receive(&sample), S_OK);
+    sample.propertiesResult = E_ABORT;
+    EXPECT_EQ(input().Receive(&sample), E_ABORT);
+    sample.answersMediaSample2 = false;
+    const CMediaType refused = testType(2);
+    sample.attachedType = &refused;
+    EXPECT_EQ(input().Receive(&sample), VFW_E_INVALIDMEDIATYPE);
+    EXPECT_EQ(input().Receive(nullptr), E_POINTER);
+    EXPECT_EQ(sample.references, 0);
+}
+
+TEST_F(Streaming, ReceiveMultipleStopsAtTheFirstThatIsNotTaken) {
+    run();
+    CComPtr<IMediaSample> good[2] = {sampleOf(testType(1)), sampleOf(testType(1))};
+    CComPtr<IMediaSample> bad = sampleOf(testType(2));
+    IMediaSample* samples[] = {good[0], bad, good[1]};
+    LONG processed = 9;
+    EXPECT_EQ(input().ReceiveMultiple(samples, 3, &processed), VFW_E_INVALIDMEDIATYPE);
+    EXPECT_EQ(processed, 1);
+    EXPECT_EQ(input().ReceiveMultiple(samples, 3, nullptr), E_POINTER);
+    sink->Stop();
+    EXPECT_EQ(input().ReceiveMultiple(samples, 3, &processed), VFW_E_WRONG_STATE);
+    EXPECT_EQ(processed, 0);
+}
+
+/// One input, which asks downstream, and two outputs.
+class ForkFilter : public TestSource {
+public:
+    explicit ForkFilter(int outputs) : TestSource(outputs), input_(this, &lock_) {}
+
+    CBaseInputPin& input() { return input_; }
+    int GetPinCount() override { return TestSource::GetPinCount() + 1; }
+    CBasePin* GetPin(int index) override { return index == 0 ? &input_ : TestSource::GetPin(index - 1); }
+
+private:
+    class Input final : public CBaseInputPin {
+    public:
+        Input(CBaseFilter* filter, CCritSec* lock) : CBaseInputPin("Input", filter, lock, nullptr, nullptr) {}
+        HRESULT CheckMediaType(const CMediaType*) override { return S_OK; }
+    };
+
+    Input input_;
+};
+
+TEST(ReceiveCanBlock, IsWhatTheConnectedReceiversDownstreamSay) {
+    Held<ForkFilter> fork{2};
+    Held<TestSink> sink{2};
+    EXPECT_EQ(fork->input().ReceiveCanBlock(), S_OK);
+    sink->pin(0).canBlock = S_FALSE;
+    ASSERT_EQ(fork->pin(0).Connect(&sink->pin(0), nullptr), S_OK);
+    EXPECT_EQ(fork->input().ReceiveCanBlock(), S_FALSE);
+    ASSERT_EQ(fork->pin(1).Connect(&sink->pin(1), nullptr), S_OK);
+    EXPECT_EQ(fork->input().ReceiveCanBlock(), S_OK);
+    for (std::size_t i : {0u, 1u}) {
+        fork->pin(i).Disconnect();
+        sink->pin(i).Disconnect();
+    }
+}
+
+/// Takes quality messages.
+class QualityTaker final : public IQualityControl {
+public:
+    int notified = 0;
+
+    STDMETHODIMP QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    STDMETHODIMP_(ULONG) AddRef() override { return 1; }
+    STDMETHODIMP_(ULONG) Release() override { return 1; }
+    STDMETHODIMP Notify(IBaseFilter*, Quality) override {
+        ++notified;
+        return S_OK;
+    }
+    STDMETHODIMP SetSink(IQualityControl*) override { return E_NOTIMPL; }
+};
+
+TEST_F(Streaming, QualityMessagesGoToTheSinkOrElseUpstream) {
+    EXPECT_EQ(input().PassNotify(Quality{}), E_NOTIMPL);  // The other end's answer.
+    QualityTaker taker;
+    input().SetSink(&taker);
+    EXPECT_EQ(input().PassNotify(Quality{}), S_OK);
+    EXPECT_EQ(taker.notified, 1);
+    input().SetSink(nullptr);
+    input().Disconnect();
+    EXPECT_EQ(input().PassNotify(Quality{}), VFW_E_NOT_FOUND);
+}
+
+TEST_F(Streaming, StopWakesAThreadThatWaitsForABuffer) {
+    std::mutex mutex;
+    std::vector<CComPtr<IMediaSample>> kept;
+    input().onSample = [&](IMediaSample* sample) {
+        const std::lock_guard lock(mutex);
+        kept.emplace_back(sample);
+    };
+    run();
+    HRESULT last = S_OK;
+    std::thread streaming([&] {
+        while (SUCCEEDED(last)) last = source->send("kept");
+    });
+    await([&] { return input().received == output().buffers.cBuffers; });
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    source->Stop();
+    streaming.join();
+    EXPECT_EQ(last, VFW_E_NOT_COMMITTED);
+}
+
+TEST_F(Streaming, EverythingMayChangeUnderStreamingThreads) {
+    const LONG objects = CBaseObject::ObjectsActive();
+    std::atomic<bool> done{false};
+    input().onSample = [](IMediaSample*) {};
+    input().behaviour.accepted = {testType(1), testType(2)};
+    const auto stream = [&] {
+        while (!done) {
+            source->send("packet");
+            output().DeliverNewSegment(1, 2, 1.0);
+            CMediaType type;
+            input().ConnectionMediaType(&type);
+            if (type.IsValid()) output().SetMediaType(&type);
+            std::this_thread::yield();
+        }
+    };
+    std::thread threads[] = {std::thread(stream), std::thread(stream)};
+    std::mt19937 random(1);
+    const auto flow = [&] {
+        source->Stop();  // The sink's own stop has decommitted the allocator.
+        run();
+        const int before = input().received;
+        await([&] { return input().received > before; });
+    };
+    const auto reconnect = [&] {
+        source->Stop();
+        sink->Stop();
+        output().Disconnect();
+        input().Disconnect();
+        ASSERT_EQ(output().Connect(&input(), nullptr), S_OK);
+    };
+    const auto flush = [&] { output().DeliverBeginFlush(), output().DeliverEndFlush(); };
+    const std::function<void()> actions[] = {flow,
+                                             flow,
+                                             flush,
+                                             reconnect,
+                                             [&] { source->Stop(); },
+                                             [&] { sink->Stop(); },
+                                             [&] { source->Pause(); }};
+    for (int i = 0; i < 500; ++i) actions[random() % std::size(actions)]();
+    flow();
+    done = true;
+    for (std::thread& thread : threads) thread.join();
+    source->Stop();
+    sink->Stop();
+    EXPECT_EQ(CBaseObject::ObjectsActive(), objects);
+}
+
+}  // namespace
+}  // namespace mvrtpfec

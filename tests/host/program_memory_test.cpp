@@ -1,0 +1,58 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/host/program_run.h"
+
+namespace mvrtpfec {
+namespace {
+
+/// Sanitizers keep freed memory for a while, the more the longer the program runs.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool sanitized = true;
+#else
+constexpr bool sanitized = false;
+#endif
+
+class ProgramMemory : public ProgramTest {
+protected:
+    /// A capture of the sample `copies` times over, with its FEC.
+    void protectLong(int copies, const std::string& name) {
+        Bytes stream;
+        for (const Bytes once = sample(); copies > 0; --copies)
+            stream.insert(stream.end(), once.begin(), once.end());
+        store("long.ts", stream);
+        const Outcome result = run("protect long.ts " + name + " --mode both --columns 10 --rows 10");
+        ASSERT_EQ(result.status, 0) << result.text;
+    }
+
+    /// Peak resident memory of one repair, in KiB.
+    std::int64_t repairPeak(const std::string& capture) const {
+        const std::string in = pathOf(capture).string();
+        const std::string out = pathOf("out.ts").string();
+        const pid_t child = fork();
+        if (child == 0) {
+            close(STDOUT_FILENO);
+            static_cast<void>(open("/dev/null", O_WRONLY));
+            execl(MVRTPFEC_PROGRAM, "mvrtpfec", "repair", in.c_str(), out.c_str(), "--guard", "on", nullptr);
+            _exit(127);
+        }
+        int status = -1;
+        rusage usage{};
+        EXPECT_EQ(wait4(child, &status, 0, &usage), child);
+        EXPECT_EQ(status, 0);
+        return usage.ru_maxrss;
+    }
+};
+
+TEST_F(ProgramMemory, DoesNotGrowWithTheCapture) {
+    if (sanitized) GTEST_SKIP() << "a sanitized program keeps what it frees";
+    protectLong(2, "short.pcap");
+    protectLong(20, "long.pcap");
+    EXPECT_LT(repairPeak("long.pcap"), repairPeak("short.pcap") + 1024);
+}
+
+}  // namespace
+}  // namespace mvrtpfec

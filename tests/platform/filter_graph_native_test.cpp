@@ -1,0 +1,79 @@
+// What our own graph does where the system's is free to do otherwise.
+
+#include "tests/platform/filter_graph_fixture.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+TEST_F(FilterGraphTest, AFailureLeavesEveryFilterStopped) {
+    JournalFilter& source = add("source");
+    JournalFilter& sink = add("sink", 0);
+    connect(source, sink);
+    for (const char* call : {"pause", "run"}) {
+        source.onCall(call, [] { return E_ACCESSDENIED; });
+        EXPECT_EQ(control_->Run(), E_ACCESSDENIED) << call;
+        EXPECT_EQ(sink.state(), State_Stopped) << call;
+        EXPECT_EQ(state(), State_Stopped) << call;
+    }
+}
+
+TEST_F(FilterGraphTest, ACycleRunsAndStops) {
+    JournalFilter& one = add("one");
+    JournalFilter& other = add("other");
+    connect(one, other);
+    connect(other, one);
+    ASSERT_EQ(control_->Run(), S_OK);
+    EXPECT_EQ(one.state(), State_Running);
+    EXPECT_EQ(other.state(), State_Running);
+    ASSERT_EQ(control_->Stop(), S_OK);
+}
+
+TEST_F(FilterGraphTest, TheEndIsTheEndOfEveryRenderer) {
+    JournalFilter& source = add("source", 2);
+    JournalFilter& first = add("first", 0);
+    JournalFilter& second = add("second", 1);
+    connect(source, first, 0);
+    connect(source, second, 1);
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_EQ(control_->Run(), S_OK);
+        LONG code = 0;
+        first.send(EC_COMPLETE);
+        first.send(EC_COMPLETE);
+        EXPECT_EQ(waitForEnd(10, code), E_ABORT);
+        second.send(EC_COMPLETE);
+        if (round == 0) {
+            EXPECT_EQ(waitForEnd(patience, code), S_OK);
+            EXPECT_EQ(code, EC_COMPLETE);
+        }
+        ASSERT_EQ(control_->Stop(), S_OK);
+    }
+    ASSERT_EQ(control_->Run(), S_OK);
+    LONG code = 0;
+    EXPECT_EQ(waitForEnd(10, code), E_ABORT) << "the end of an earlier run";
+}
+
+TEST_F(FilterGraphTest, AFloodOfEventsIsBoundedAndHidesNoEnd) {
+    JournalFilter& filter = add("filter", 0);
+    ASSERT_EQ(control_->Run(), S_OK);
+    for (int i = 0; i < 100'000; ++i) filter.send(0x8000);
+    filter.send(EC_COMPLETE);
+    int events = 0;
+    LONG code = 0;
+    LONG_PTR first = 0;
+    LONG_PTR second = 0;
+    while (events_->GetEvent(&code, &first, &second, 0) == S_OK && code != EC_COMPLETE) ++events;
+    EXPECT_EQ(code, EC_COMPLETE);
+    EXPECT_LT(events, 2000);
+}
+
+TEST_F(FilterGraphTest, AConnectedFilterStaysWhileTheGraphIsNotStopped) {
+    JournalFilter& source = add("source");
+    connect(source, add("sink", 0));
+    ASSERT_EQ(control_->Pause(), S_OK);
+    EXPECT_EQ(graph_->RemoveFilter(&source), VFW_E_NOT_STOPPED);
+}
+
+}  // namespace
+
+}  // namespace mvrtpfec

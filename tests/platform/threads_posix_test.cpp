@@ -1,0 +1,56 @@
+#include <atomic>
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include "platform/sanitizers-posix.h"
+#include "tests/platform/owned_handle.h"
+
+namespace platform {
+namespace {
+
+constexpr std::size_t stackSize = 0x10000;
+
+DWORD measureStack(LPVOID parameter) {
+    pthread_attr_t attributes;
+    pthread_getattr_np(pthread_self(), &attributes);
+    pthread_attr_getstacksize(&attributes, static_cast<std::size_t*>(parameter));
+    pthread_attr_destroy(&attributes);
+    return 0;
+}
+
+DWORD count(LPVOID parameter) {
+    ++*static_cast<std::atomic<int>*>(parameter);
+    return 0;
+}
+
+TEST(NativeThreads, HaveTheStackAskedFor) {
+    if (underAddressSanitizer || underThreadSanitizer) GTEST_SKIP() << "an instrumented build adds to it";
+    std::size_t size = 0;
+    const OwnedHandle thread(CreateThread(nullptr, stackSize, &measureStack, &size, 0, nullptr));
+    ASSERT_TRUE(isTaken(thread, patience));
+    EXPECT_EQ(size, stackSize);
+}
+
+/// So many that what one leaves behind would end the process's address space or threads.
+TEST(NativeThreads, ThatNeverRunLeaveNothing) {
+    constexpr std::size_t largeStack = std::size_t{1} << 28;
+    std::atomic<int> runs{0};
+    for (int i = 0; i < 10'000; ++i) {
+        HANDLE thread = CreateThread(nullptr, largeStack, &count, &runs, CREATE_SUSPENDED, nullptr);
+        ASSERT_NE(thread, nullptr) << i;
+        CloseHandle(thread);
+    }
+    EXPECT_EQ(runs, 0);
+}
+
+TEST(NativeThreads, SayWhenTheyCannotBeMade) {
+    constexpr std::size_t tooMuch = std::size_t{1} << 50;
+    std::atomic<int> runs{0};
+    EXPECT_EQ(CreateThread(nullptr, tooMuch, &count, &runs, 0, nullptr), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(runs, 0);
+}
+
+}  // namespace
+}  // namespace platform
