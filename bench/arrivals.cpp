@@ -32,8 +32,12 @@ Arrivals::Arrivals(std::int32_t columns, std::int32_t rows, Loss loss, std::size
     std::mt19937 random(7);
     const auto window = static_cast<std::size_t>(2 * columns * rows);
     mediaCount_ = std::max(media.count(), 10 * window);
+    counts_[0] = static_cast<std::uint16_t>(mediaCount_);
     const auto addTo = [this](Stream stream) {
-        return [this, stream](const std::shared_ptr<RtpPacket>& fec) { add(fec->view, stream); };
+        return [this, stream](const std::shared_ptr<RtpPacket>& fec) {
+            ++counts_[static_cast<std::size_t>(stream)];
+            add(fec->view, stream);
+        };
     };
     CFecComposer columnFec(addTo(Stream::columnFec), fecColumn, columns, rows);
     CFecComposer rowFec(addTo(Stream::rowFec), fecRow, columns, rows);
@@ -49,6 +53,15 @@ Arrivals::Arrivals(std::int32_t columns, std::int32_t rows, Loss loss, std::size
 void Arrivals::add(ConstRtpPacketView packet, Stream stream) {
     packets_.push_back({bytes_.size(), packet.length, stream});
     bytes_.insert(bytes_.end(), packet.data, packet.data + packet.length);
+}
+
+void Arrivals::advance(const Packet& packet) {
+    const auto moveOn = [](std::uint8_t* field, std::uint16_t by) {
+        writeBigEndian16(field, static_cast<std::uint16_t>(readBigEndian16(field) + by));
+    };
+    std::uint8_t* bytes = bytesOf(packet);
+    moveOn(bytes + 2, counts_[static_cast<std::size_t>(packet.stream)]);
+    if (packet.stream != Stream::media) moveOn(bytes + rtpHeaderSize, counts_[0]);
 }
 
 }  // namespace mvrtpfec::bench

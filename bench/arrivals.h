@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -13,7 +14,7 @@ enum class Loss { none, onePercent, fivePercent, bursts };
 
 /// The packets of a protected stream as they arrive, one behind the other in memory: media and both FEC
 /// streams, lost ones left out. At most one cycle of sequence numbers, so that every turn is a stream of its
-/// own.
+/// own unless advance() makes it go on.
 class Arrivals {
 public:
     enum class Stream : std::uint8_t { media, columnFec, rowFec };
@@ -38,12 +39,16 @@ public:
         return bytesOf(packets_[index]);
     }
 
+    /// Numbers a packet as that of the next turn.
+    void advance(const Packet& packet);
+
 private:
     void add(ConstRtpPacketView packet, Stream stream);
 
     std::vector<std::uint8_t> bytes_;
     std::vector<Packet> packets_;
     std::size_t mediaCount_ = 0;
+    std::array<std::uint16_t, 3> counts_{};  ///< packets sent of each stream
 };
 
 }  // namespace mvrtpfec::bench

@@ -1,5 +1,9 @@
 #include "bench/bench_filters.h"
 
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+
 #include "framework/rtp_media_type.h"
 #include "platform/wide_literal.h"
 
@@ -7,12 +11,53 @@ namespace mvrtpfec::bench {
 
 using platform::operator""_w;
 
+namespace {
+
+/// Lets a source that has found the pool empty sleep until half of it is home, as one does that cares for
+/// the cost of changing threads.
+class BenchAllocator final : public CBaseAllocator {
+public:
+    static constexpr LONG buffers = 1024;
+
+    BenchAllocator() : CBaseAllocator(nullptr, nullptr) {}
+
+    HRESULT take(CMediaSample** sample) {
+        const HRESULT result = TakeSample(sample, AM_GBF_NOWAIT);
+        if (result != VFW_E_TIMEOUT) return result;
+        std::unique_lock lock(mutex_);
+        awaited_ = buffers / 2;
+        halfHome_.wait(lock, [this] { return awaited_ == 0 || isHalfHome(); });
+        awaited_ = 0;
+        lock.unlock();
+        return TakeSample(sample, 0);
+    }
+
+private:
+    void OnRelease(CMediaSample&) noexcept override {
+        if (awaited_ <= 0 || --awaited_ > 0) return;
+        const std::lock_guard lock(mutex_);
+        halfHome_.notify_one();
+    }
+
+    bool isHalfHome() {
+        LONG home = 0;
+        GetFreeCount(&home);
+        return home >= buffers / 2;
+    }
+
+    std::mutex mutex_;
+    std::condition_variable halfHome_;
+    std::atomic<LONG> awaited_{0};
+};
+
+}  // namespace
+
 class BenchSource::Pin final : public CBaseOutputPin {
 public:
     Pin(CBaseFilter* filter, CCritSec* lock, HRESULT* result)
         : CBaseOutputPin(nullptr, filter, lock, result, "Out"_w),
           // NOLINTNEXTLINE(cppcoreguidelines-owning-memory)
-          samples_(new CBaseAllocator(nullptr, nullptr)) {}
+          samples_(new BenchAllocator) {}
 
     HRESULT CheckMediaType(const CMediaType*) override { return S_OK; }
     HRESULT GetMediaType(int position, CMediaType* type) override {
@@ -21,7 +66,7 @@ public:
         return S_OK;
     }
     HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* request) override {
-        *request = {256, 1, 1, 0};
+        *request = {BenchAllocator::buffers, 1, 1, 0};
         ALLOCATOR_PROPERTIES actual{};
         return allocator->SetProperties(request, &actual);
     }
@@ -34,14 +79,14 @@ public:
 
     HRESULT deliver(RtpPacketView packet) {
         CComPtr<CMediaSample> sample;
-        const HRESULT result = samples_->TakeSample(&sample, 0);
+        const HRESULT result = samples_->take(&sample);
         if (FAILED(result)) return result;
         sample->SetPointer(packet.data, packet.length);
         return Deliver(sample);
     }
 
 private:
-    CComPtr<CBaseAllocator> samples_;
+    CComPtr<BenchAllocator> samples_;
 };
 
 BenchSource::BenchSource(std::size_t pins) : CBaseFilter(nullptr, nullptr, &lock_, GUID_NULL) {

@@ -10,8 +10,8 @@ namespace platform {
 /// Makes an object for a new handle; null, and the last error set, when there is no memory.
 template <class Object, class... Arguments>
 Object* newHandle(Arguments&&... arguments) noexcept {
-    auto* object = new (std::nothrow)
-        Object(std::forward<Arguments>(arguments)...);  // NOLINT(cppcoreguidelines-owning-memory)
+    // NOLINTNEXTLINE(cppcoreguidelines-owning-memory)
+    auto* object = new (std::nothrow) Object(std::forward<Arguments>(arguments)...);
     if (object == nullptr) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     return object;
 }

@@ -11,7 +11,7 @@ LPVOID CoTaskMemAlloc(std::size_t size) {
 
 LPVOID CoTaskMemRealloc(LPVOID block, std::size_t size) {
     if (block == nullptr) return CoTaskMemAlloc(size);
-    if (size > 0) return std::realloc(block, size);
+    if (size > 0) return std::realloc(block, size);  // NOLINT(cppcoreguidelines-owning-memory)
     std::free(block);
     return nullptr;
 }

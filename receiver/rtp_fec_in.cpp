@@ -160,8 +160,7 @@ HRESULT CRtpFecIn::deliver(ConstRtpPacketView packet) {
 /// What the old decoder still holds is delivered while the new one waits.
 void CRtpFecIn::ResetDecoder() {
     const CAutoLock lock(&decoderLock_);
-    const PacketCallback onPacket = [this](RtpPacket* packet) { DeliverPacket(packet); };
-    std::unique_ptr<RunDecoder> fresh(new RunDecoder{CFecDecoder(onPacket), inRun_});
+    auto fresh = std::make_unique<RunDecoder>([this](RtpPacket* packet) { DeliverPacket(packet); }, inRun_);
     retireDecoder();
     decoder_ = std::move(fresh);
 }

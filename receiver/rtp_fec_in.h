@@ -3,6 +3,7 @@
 #include <array>
 #include <atomic>
 #include <memory>
+#include <utility>
 
 #include "core/fec_decoder.h"
 #include "core/reorder_buffer.h"
@@ -79,6 +80,8 @@ private:
 
     /// What the worker makes for a sample that Stop missed belongs to no run and isn't counted.
     struct RunDecoder {
+        RunDecoder(PacketCallback onPacket, bool counted) : decoder(std::move(onPacket)), counts(counted) {}
+
         CFecDecoder decoder;
         bool counts;
     };

@@ -1,29 +1,80 @@
 #pragma once
 
+#include <atomic>
+#include <memory>
 #include <mutex>
+#include <optional>
+#include <utility>
 
 #include "core/fec_composer.h"
+#include "framework/base/critical_section.h"
+#include "platform/light_mutex.h"
 
 namespace mvrtpfec {
 
-/// A composer that several threads may feed at once: one packet is taken in after the other. The lock is held
-/// while FEC packets are delivered, so nobody waits for it but streaming threads. It is re-entrant for a
-/// graph that feeds FEC packets back.
+/// The composers in use, each of which may be missing, and the one thread that may use them at a time.
+///
+/// State changes leave new composers at the door, and the next packet finds them there. So a thread that
+/// changes the state never waits for a packet under way, and that packet's composers live on until it is
+/// done. The work's lock is held while FEC packets are delivered; nobody waits for it but other streaming
+/// threads. It is re-entrant for a graph that feeds FEC packets back.
 class Protection {
 public:
-    /// As CFecComposer's.
-    Protection(FecPacketSink sink, FecMode mode, std::int32_t columns, std::int32_t rows)
-        : composer_(std::move(sink), mode, columns, rows) {}
+    using Composer = std::unique_ptr<CFecComposer>;
 
-    /// As CFecComposer's.
-    void protect(ConstRtpPacketView media) {
-        const std::lock_guard lock(mutex_);
-        composer_.protect(media);
+    /// Any thread. Composer B stays what it is.
+    void replaceA(Composer a) noexcept { leaveAtDoor(std::move(a), std::nullopt); }
+    void replaceBoth(Composer a, Composer b) noexcept { leaveAtDoor(std::move(a), std::move(b)); }
+
+    /// One media packet, for composer A and, if it is wanted, composer B. Throws what the composers' sinks
+    /// throw: what A can't send, B doesn't see.
+    void protect(ConstRtpPacketView media, bool withB) {
+        const CAutoLock work(&work_);
+        if (changed_ && depth_ == 0) takeFromDoor();
+        const Inside inside(depth_);
+        if (a_) a_->protect(media);
+        if (withB && b_) b_->protect(media);
     }
 
 private:
-    std::recursive_mutex mutex_;
-    CFecComposer composer_;
+    using Replacement = std::optional<Composer>;
+
+    /// A packet that a composer's sink sends round to the input must not replace that composer.
+    struct Inside {
+        explicit Inside(int& depth) noexcept : depth_(++depth) {}
+        ~Inside() { --depth_; }
+        int& depth_;
+    };
+
+    void leaveAtDoor(Replacement a, Replacement b) noexcept {
+        const std::lock_guard lock(door_);
+        std::swap(nextA_, a);
+        if (b) std::swap(nextB_, b);
+        changed_ = true;
+    }
+
+    void takeFromDoor() noexcept {
+        Replacement a;
+        Replacement b;
+        {
+            const std::lock_guard lock(door_);
+            a.swap(nextA_);
+            b.swap(nextB_);
+            changed_ = false;
+        }
+        if (a) a_ = std::move(*a);
+        if (b) b_ = std::move(*b);
+    }
+
+    platform::LightMutex door_;  ///< a leaf
+    Replacement nextA_;
+    Replacement nextB_;
+    std::atomic<bool> changed_{false};
+
+    CCritSec work_;
+    Composer a_;
+    Composer b_;
+    int depth_ = 0;
 };
 
 }  // namespace mvrtpfec

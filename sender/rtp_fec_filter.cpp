@@ -60,8 +60,7 @@ HRESULT CRtpFecFilter::Pause() {
             createComposers();
             return S_OK;
         }
-        composerA_.set(nullptr);
-        composerB_.set(nullptr);
+        protection_.replaceBoth(nullptr, nullptr);
         return result;
     });
 }
@@ -69,21 +68,20 @@ HRESULT CRtpFecFilter::Pause() {
 /// Throws for a matrix that isn't one, and then leaves everything as it was.
 void CRtpFecFilter::createComposers() {
     const std::int32_t mode = mode_;
-    if (mode == fecNone) {
-        composerA_.set(nullptr);
-        composerB_.set(nullptr);
-        return;
-    }
+    if (mode == fecNone) return protection_.replaceBoth(nullptr, nullptr);
     CFecComposer::checkMatrix(mode, columns_, rows_);
-    composerA_.set(protectionOn(fecA_, mode == fecRow ? fecRow : fecColumn));
-    if (mode == fecBoth) composerB_.set(protectionOn(fecB_, fecRow));
+    auto composerA = makeComposer(fecA_, mode == fecRow ? fecRow : fecColumn);
+    if (mode == fecBoth)
+        protection_.replaceBoth(std::move(composerA), makeComposer(fecB_, fecRow));
+    else
+        protection_.replaceA(std::move(composerA));
 }
 
-std::shared_ptr<Protection> CRtpFecFilter::protectionOn(CRtpFecFilterOutputPin& pin, FecMode mode) {
+std::unique_ptr<CFecComposer> CRtpFecFilter::makeComposer(CRtpFecFilterOutputPin& pin, FecMode mode) {
     const auto deliver = [&pin](const std::shared_ptr<RtpPacket>& packet) {
         pin.deliverPacket(packet->view);
     };
-    return std::make_shared<Protection>(deliver, mode, columns_, rows_);
+    return std::make_unique<CFecComposer>(deliver, mode, columns_, rows_);
 }
 
 void CRtpFecFilter::processPacket(IMediaSample* sample) {
@@ -97,10 +95,7 @@ void CRtpFecFilter::processPacket(IMediaSample* sample) {
     if (length < 0 || FAILED(sample->GetPointer(&data)) || data == nullptr) return;
 
     const ConstRtpPacketView media{data, static_cast<std::uint16_t>(length)};
-    const auto protectA = composerA_.get();
-    const auto protectB = mode_ == fecBoth ? composerB_.get() : nullptr;
-    if (protectA) protectA->protect(media);
-    if (protectB) protectB->protect(media);
+    protection_.protect(media, mode_ == fecBoth);
 }
 
 HRESULT CRtpFecFilter::SetColumns(std::int32_t columns) {

@@ -4,7 +4,7 @@
 
 #include "framework/base/base_filter.h"
 #include "sender/fec_over_rtp_config.h"
-#include "sender/protection_slot.h"
+#include "sender/protection.h"
 #include "sender/rtp_fec_filter_input_pin.h"
 #include "sender/rtp_fec_filter_output_pin.h"
 
@@ -15,7 +15,7 @@ namespace mvrtpfec {
 ///
 /// The matrix starts afresh at every Pause but one from running, which ends protection: what then arrives
 /// before the next stop and start is passed over. Application threads may change the state under a
-/// streaming thread; see the threads of Protection and ProtectionSlot.
+/// streaming thread; see Protection.
 class CRtpFecFilter final : public CBaseFilter, public IFECoverRTPConfig {
 public:
     /// The new filter, without a reference yet, or null and why in `result` (which may be null).
@@ -45,7 +45,7 @@ public:
 
 private:
     void createComposers();
-    std::shared_ptr<Protection> protectionOn(CRtpFecFilterOutputPin& pin, FecMode mode);
+    std::unique_ptr<CFecComposer> makeComposer(CRtpFecFilterOutputPin& pin, FecMode mode);
     HRESULT configure(std::atomic<std::int32_t>& value, std::int32_t wanted, std::int32_t low,
                       std::int32_t high);
 
@@ -56,8 +56,7 @@ private:
     CRtpFecFilterInputPin input_;
     CRtpFecFilterOutputPin fecA_;
     CRtpFecFilterOutputPin fecB_;
-    ProtectionSlot composerA_;
-    ProtectionSlot composerB_;  ///< in use in mode 3 alone
+    Protection protection_;
 };
 
 }  // namespace mvrtpfec

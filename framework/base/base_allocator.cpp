@@ -139,12 +139,11 @@ HRESULT CBaseAllocator::TakeSample(CMediaSample** sample, DWORD flags) noexcept 
         *sample = &popLocked();
         ++out_;
     }
-    AddRef();
-    (*sample)->AddRef();
+    (*sample)->startUse();
     return S_OK;
 }
 
-HRESULT CBaseAllocator::waitForSample(std::unique_lock<std::mutex>& lock, DWORD flags) noexcept {
+HRESULT CBaseAllocator::waitForSample(std::unique_lock<platform::LightMutex>& lock, DWORD flags) noexcept {
     const unsigned decommits = decommits_;
     while (committed_ && decommits_ == decommits) {
         if (free_ != nullptr) return S_OK;
@@ -161,7 +160,6 @@ STDMETHODIMP CBaseAllocator::ReleaseBuffer(IMediaSample* buffer) {
     auto& sample = static_cast<CMediaSample&>(*buffer);
     OnRelease(sample);
     giveBack(sample);
-    Release();  // the sample's own; perhaps the last
     return S_OK;
 }
 
@@ -169,20 +167,31 @@ void CBaseAllocator::OnRelease(CMediaSample&) noexcept {}
 
 void CBaseAllocator::giveBack(CMediaSample& sample) noexcept {
     CComPtr<IMemAllocatorNotifyCallbackTemp> callback;
-    bool wake = false;
+    bool last = false;
     {
         const std::lock_guard lock(mutex_);
         pushLocked(sample);
         --out_;
-        wake = waiting_ > 0;
+        last = orphaned_ && out_ == 0;
         callback = notify_;
+        // Told under the lock: without it, who has been told may already have destroyed the allocator.
+        if (waiting_ > 0) changed_.notify_one();
         if (decommitPending_ && out_ == 0) {
             decommitPending_ = false;
             Free();
         }
     }
-    if (wake) changed_.notify_one();
     if (callback != nullptr) callback->NotifyRelease();
+    if (last) CUnknown::OnFinalRelease();
+}
+
+void CBaseAllocator::OnFinalRelease() noexcept {
+    {
+        const std::lock_guard lock(mutex_);
+        orphaned_ = out_ > 0;
+        if (orphaned_) return;
+    }
+    CUnknown::OnFinalRelease();
 }
 
 void CBaseAllocator::pushLocked(CMediaSample& sample) noexcept {

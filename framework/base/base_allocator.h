@@ -8,12 +8,13 @@
 
 #include "framework/base/unknown.h"
 #include "framework/samples/media_sample.h"
+#include "platform/light_mutex.h"
 
 namespace mvrtpfec {
 
 /// A pool of samples. What their payload is, derived classes say through the hooks. Any number of threads
 /// may call; a waiting GetBuffer sleeps until a sample comes home or the pool is decommitted. Each sample
-/// that is out holds a reference on the allocator. The lock is never held while calling out; taking and
+/// that is out keeps the allocator alive. The lock is never held while calling out; taking and
 /// giving back a sample with nobody waiting costs one short lock and neither a system call nor memory.
 class CBaseAllocator : public CUnknown, public IMemAllocatorCallbackTemp {
 public:
@@ -60,19 +61,22 @@ protected:
     /// Called without the lock when a sample's last reference has gone, before it can be taken again.
     virtual void OnRelease(CMediaSample& sample) noexcept;
 
+    /// Samples that are out keep the allocator.
+    void OnFinalRelease() noexcept override;
+
     const ALLOCATOR_PROPERTIES& propertiesLocked() const noexcept { return properties_; }
     bool areSamplesStale() const noexcept { return samplesStale_; }
 
 private:
     bool hasSameSizes(const ALLOCATOR_PROPERTIES& other) const noexcept;
     HRESULT allocLocked() noexcept;
-    HRESULT waitForSample(std::unique_lock<std::mutex>& lock, DWORD flags) noexcept;
+    HRESULT waitForSample(std::unique_lock<platform::LightMutex>& lock, DWORD flags) noexcept;
     void giveBack(CMediaSample& sample) noexcept;
     void pushLocked(CMediaSample& sample) noexcept;
     CMediaSample& popLocked() noexcept;
 
-    mutable std::mutex mutex_;
-    std::condition_variable changed_;
+    mutable platform::LightMutex mutex_;
+    std::condition_variable_any changed_;
     int waiting_ = 0;
 
     ALLOCATOR_PROPERTIES properties_{};
@@ -85,6 +89,7 @@ private:
     std::vector<std::unique_ptr<CMediaSample>> samples_;
     CMediaSample* free_ = nullptr;
     LONG out_ = 0;
+    bool orphaned_ = false;  ///< its last reference has gone while samples were out
     CComPtr<IMemAllocatorNotifyCallbackTemp> notify_;
 };
 

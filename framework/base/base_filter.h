@@ -6,6 +6,7 @@
 
 #include "framework/base/critical_section.h"
 #include "framework/base/unknown.h"
+#include "platform/light_mutex.h"
 #include "platform/media_graph.h"
 
 namespace mvrtpfec {
@@ -84,7 +85,7 @@ private:
     std::atomic<LONG> pinVersion_{1};
 
     /// Guards what follows; never held while calling out, except to take a reference.
-    mutable std::mutex leafLock_;
+    mutable platform::LightMutex leafLock_;
     std::basic_string<WCHAR> name_;
     IFilterGraph* graph_ = nullptr;
     IMediaEventSink* sink_ = nullptr;

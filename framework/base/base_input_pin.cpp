@@ -73,14 +73,6 @@ HRESULT CBaseInputPin::Receive(IMediaSample* sample) {
 }
 
 HRESULT CBaseInputPin::checkAttachedType(IMediaSample* sample) {
-    if (const auto extended = queryFor<IMediaSample2>(sample, IID_IMediaSample2)) {
-        AM_SAMPLE2_PROPERTIES properties{};
-        const HRESULT result =
-            extended->GetProperties(sizeof properties, reinterpret_cast<BYTE*>(&properties));
-        if (FAILED(result)) return result;
-        const bool changed = (properties.dwSampleFlags & AM_SAMPLE_TYPECHANGED) != 0;
-        return changed && properties.pMediaType != nullptr ? checkNewType(*properties.pMediaType) : S_OK;
-    }
     AM_MEDIA_TYPE* attached = nullptr;
     const HRESULT result = sample->GetMediaType(&attached);
     if (FAILED(result) || attached == nullptr) return FAILED(result) ? result : S_OK;

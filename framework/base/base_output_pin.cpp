@@ -6,6 +6,17 @@
 
 namespace mvrtpfec {
 
+namespace {
+
+template <class Interface>
+std::shared_ptr<Interface> share(CComPtr<Interface> object) {
+    return {object.Detach(), [](Interface* held) {
+                if (held != nullptr) held->Release();
+            }};
+}
+
+}  // namespace
+
 CBaseOutputPin::CBaseOutputPin(const char* objectName, CBaseFilter* filter, CCritSec* lock, HRESULT* result,
                                LPCWSTR name)
     : CBasePin(objectName, filter, lock, result, name, PINDIR_OUTPUT) {}
@@ -15,7 +26,7 @@ HRESULT CBaseOutputPin::CheckConnect(IPin* pin) {
     if (FAILED(result)) return result;
     auto input = queryFor<IMemInputPin>(pin, IID_IMemInputPin);
     if (input == nullptr) return E_NOINTERFACE;
-    exchanged(inputPin_, std::move(input));
+    exchanged(inputPin_, share(std::move(input)));
     return S_OK;
 }
 
@@ -24,14 +35,14 @@ HRESULT CBaseOutputPin::CompleteConnect(IPin*) {
     if (input == nullptr) return VFW_E_NOT_CONNECTED;
     CComPtr<IMemAllocator> decided;
     const HRESULT result = DecideAllocator(input, &decided);
-    exchanged(allocator_, std::move(decided));
+    exchanged(allocator_, share(std::move(decided)));
     return result;
 }
 
 HRESULT CBaseOutputPin::BreakConnect() {
-    const auto agreed = exchanged(allocator_, CComPtr<IMemAllocator>());
+    const auto agreed = exchanged(allocator_, std::shared_ptr<IMemAllocator>());
     if (agreed != nullptr) agreed->Decommit();
-    exchanged(inputPin_, CComPtr<IMemInputPin>());
+    exchanged(inputPin_, std::shared_ptr<IMemInputPin>());
     return S_OK;
 }
 
@@ -76,12 +87,12 @@ HRESULT CBaseOutputPin::offerAllocator(IMemInputPin* input, IMemAllocator* candi
 
 HRESULT CBaseOutputPin::GetDeliveryBuffer(IMediaSample** sample, REFERENCE_TIME* start, REFERENCE_TIME* stop,
                                           DWORD flags) {
-    const auto agreed = allocator();
+    const auto agreed = copied(allocator_);
     return agreed == nullptr ? E_NOINTERFACE : agreed->GetBuffer(sample, start, stop, flags);
 }
 
 HRESULT CBaseOutputPin::Deliver(IMediaSample* sample) {
-    const auto input = inputPin();
+    const auto input = copied(inputPin_);
     return input == nullptr ? VFW_E_NOT_CONNECTED : input->Receive(sample);
 }
 

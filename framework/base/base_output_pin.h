@@ -48,14 +48,16 @@ public:
 
 protected:
     /// The allocator agreed on, and the other end; may be empty.
-    CComPtr<IMemAllocator> allocator() const noexcept { return copied(allocator_); }
-    CComPtr<IMemInputPin> inputPin() const noexcept { return copied(inputPin_); }
+    CComPtr<IMemAllocator> allocator() const noexcept { return copied(allocator_).get(); }
+    CComPtr<IMemInputPin> inputPin() const noexcept { return copied(inputPin_).get(); }
 
 private:
     HRESULT offerAllocator(IMemInputPin* input, IMemAllocator* allocator, ALLOCATOR_PROPERTIES required);
 
-    CComPtr<IMemAllocator> allocator_;
-    CComPtr<IMemInputPin> inputPin_;
+    // Shared, since every sample takes a reference on them: one of the component model's goes through
+    // several objects.
+    std::shared_ptr<IMemAllocator> allocator_;
+    std::shared_ptr<IMemInputPin> inputPin_;
 };
 
 }  // namespace mvrtpfec

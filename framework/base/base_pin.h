@@ -10,6 +10,7 @@
 #include "framework/base/critical_section.h"
 #include "framework/base/media_type.h"
 #include "framework/base/unknown.h"
+#include "platform/light_mutex.h"
 #include "platform/media_filters.h"
 
 namespace mvrtpfec {
@@ -152,7 +153,7 @@ private:
     const PIN_DIRECTION direction_;
     std::atomic<LONG> typeVersion_{1};
 
-    mutable std::mutex leafLock_;
+    mutable platform::LightMutex leafLock_;
     CComPtr<IPin> connected_;
     std::atomic<bool> isConnected_{false};    ///< whether there is one; read without the lock for each sample
     std::shared_ptr<const CMediaType> type_;  ///< never changed, only replaced; null until one is set

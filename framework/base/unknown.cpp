@@ -21,8 +21,12 @@ ULONG CUnknown::NonDelegatingRelease() {
     const LONG left = --references_;
     if (left > 0) return static_cast<ULONG>(left);
     references_ = 1;
-    delete this;  // NOLINT(cppcoreguidelines-owning-memory)
+    OnFinalRelease();
     return 0;
+}
+
+void CUnknown::OnFinalRelease() noexcept {
+    delete this;  // NOLINT(cppcoreguidelines-owning-memory)
 }
 
 HRESULT GetInterface(IUnknown* object, void** result) noexcept {

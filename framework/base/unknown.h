@@ -55,6 +55,10 @@ public:
     STDMETHODIMP_(ULONG) NonDelegatingAddRef() override;
     STDMETHODIMP_(ULONG) NonDelegatingRelease() override;
 
+protected:
+    /// Destroys the object, whose count has reached 0.
+    virtual void OnFinalRelease() noexcept;
+
 private:
     /// The object's own unknown in the shape that clients know.
     class InnerUnknown final : public IUnknown {

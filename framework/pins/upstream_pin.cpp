@@ -15,8 +15,7 @@ HRESULT UpStreamPin::GetDeliveryBuffer(IMediaData** data, REFERENCE_TIME* start,
                                        DWORD flags) {
     if (data == nullptr) return E_POINTER;
     CComPtr<IMediaSample> sample;
-    const HRESULT result =
-        guardedEntry([&] { return pin_->GetDeliveryBuffer(&sample, start, stop, flags); });
+    const HRESULT result = guardedEntry([&] { return pin_->GetDeliveryBuffer(&sample, start, stop, flags); });
     if (result != S_OK) return result;
     IMediaData* wrapper = nullptr;
     CreateMediaData(sample, &wrapper);

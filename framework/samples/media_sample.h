@@ -22,6 +22,9 @@ public:
 private:
     friend class CBaseAllocator;
 
+    /// The first reference of a use; nobody else has the sample yet.
+    void startUse() noexcept { references_.store(1, std::memory_order_relaxed); }
+
     CBaseAllocator* allocator_;
     CMediaSample* next_ = nullptr;  ///< in the allocator's free list, under its lock
 };

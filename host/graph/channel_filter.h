@@ -6,10 +6,10 @@
 
 #include "framework/base/base_filter.h"
 #include "framework/base/com_ptr.h"
+#include "host/graph/channel.h"
 #include "host/graph/packet_input_pin.h"
 #include "host/graph/packet_output_pin.h"
 #include "host/graph/packet_taker.h"
-#include "host/stages/channel.h"
 
 namespace mvrtpfec {
 

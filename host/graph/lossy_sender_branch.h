@@ -3,13 +3,13 @@
 #include <functional>
 
 #include "core/rtp_packet.h"
+#include "host/graph/channel.h"
 #include "host/graph/channel_filter.h"
 #include "host/graph/filter_graph.h"
 #include "host/graph/matrix_config.h"
 #include "host/graph/packet_sink_filter.h"
 #include "host/graph/packet_source_filter.h"
 #include "host/io/datagram.h"
-#include "host/stages/channel.h"
 
 namespace mvrtpfec {
 

@@ -41,6 +41,7 @@ StateMachine::StateMachine(CUnknown* filter, std::uint32_t seed) : random_(seed)
     addConnections();
     addAction("hold", [this] { collector_->hold(); });
     addAction("let go", [this] { collector_->letGo(); });
+    for (int often = 0; often < 4; ++often) addAction("run all", [this] { runAll(); });
     addAction("delay", [this] { collector_->setDelay(static_cast<DWORD>(pick(3))); });
 }
 
@@ -105,7 +106,10 @@ void StateMachine::streamStep(std::size_t input, const std::vector<std::uint8_t>
             pin.DeliverNewSegment(0, 1, 1.0);
             break;
         default:
-            if (FAILED(feeder_->feed(input, packet))) std::this_thread::yield();
+            if (SUCCEEDED(feeder_->feed(input, packet)))
+                ++sent_;
+            else
+                std::this_thread::yield();
     }
 }
 
@@ -115,31 +119,13 @@ void StateMachine::stream(std::size_t input, const PacketMaker& makePacket, std:
         streamStep(input, makePacket(input, n), static_cast<std::uint32_t>(random()));
 }
 
-void StateMachine::run(int actions, PacketMaker makePacket) {
+void StateMachine::runAll() {
+    for (const auto& each : {collectorReference_, filter_, feederReference_}) each->Stop();
     connectAll();
-    for (IBaseFilter* each : {collectorReference_.p, filter_.p, feederReference_.p}) each->Run(0);
-    std::vector<std::thread> threads;
-    for (std::size_t i = 0; i < inputs_.size(); ++i)
-        threads.emplace_back(
-            [&, i, seed = static_cast<std::uint32_t>(random_())] { stream(i, makePacket, seed); });
-    for (const auto& reader : readers_)
-        threads.emplace_back([&] {
-            while (!done_) reader();
-        });
+    for (const auto& each : {collectorReference_, filter_, feederReference_}) each->Run(0);
+}
 
-    for (int i = 0; i < actions; ++i) {
-        const Action& action = actions_[pick(actions_.size())];
-        watchdog_.alive(action.name);
-        action.run();
-    }
-
-    done_ = true;
-    watchdog_.alive("last stop");
-    collector_->setDelay(0);
-    collector_->letGo();
-    for (IBaseFilter* each : {collectorReference_.p, filter_.p, feederReference_.p}) each->Stop();
-    watchdog_.alive("join");
-    for (std::thread& thread : threads) thread.join();
+void StateMachine::disconnectAll() {
     for (std::size_t i = 0; i < inputs_.size(); ++i) {
         inputs_[i]->Disconnect();
         feeder_->output(i).Disconnect();
@@ -148,6 +134,45 @@ void StateMachine::run(int actions, PacketMaker makePacket) {
         outputs_[i]->Disconnect();
         collector_->input(i).Disconnect();
     }
+}
+
+/// Until some packets have been sent, or nothing seems to go.
+void StateMachine::letStreamsGoOn() {
+    const std::uint64_t enough = sent_ + pick(200);
+    for (int i = 0; i < 8 && sent_ < enough; ++i) Sleep(1);
+}
+
+void StateMachine::run(int actions, PacketMaker makePacket) {
+    runAll();
+    std::vector<std::thread> threads;
+    for (std::size_t i = 0; i < inputs_.size(); ++i)
+        threads.emplace_back(
+            [&, i, seed = static_cast<std::uint32_t>(random_())] { stream(i, makePacket, seed); });
+    for (const auto& reader : readers_)
+        threads.emplace_back([&] {
+            while (!done_) reader();
+        });
+    // Downstream keeps samples for a while, not for ever.
+    threads.emplace_back([&] {
+        for (; !done_; Sleep(20)) collector_->letGo();
+    });
+
+    for (int i = 0; i < actions; ++i) {
+        const Action& action = actions_[pick(actions_.size())];
+        watchdog_.alive(action.name);
+        action.run();
+        letStreamsGoOn();
+    }
+
+    watchdog_.alive("last stop");
+    done_ = true;
+    collector_->setDelay(0);
+    for (const auto& each : {collectorReference_, filter_, feederReference_}) each->Stop();
+    collector_->letGo();
+    watchdog_.alive("join");
+    for (std::thread& thread : threads) thread.join();
+    disconnectAll();
+    collector_->letGo();
     watchdog_.alive("end");
 }
 

@@ -36,6 +36,8 @@ public:
     /// Runs the threads, then that many random actions on this thread, then stops everything.
     void run(int actions, PacketMaker makePacket);
 
+    /// Packets that the streaming threads have got rid of.
+    std::uint64_t sent() const { return sent_; }
     /// How often the collector was given a sample.
     std::size_t delivered() const { return collector_->received(); }
 
@@ -48,6 +50,9 @@ private:
     void addStateChanges(const char* of, IBaseFilter* filter);
     void addConnections();
     void connectAll();
+    void disconnectAll();
+    void runAll();
+    void letStreamsGoOn();
     void stream(std::size_t input, const PacketMaker& makePacket, std::uint32_t seed);
     void streamStep(std::size_t input, const std::vector<std::uint8_t>& packet, std::uint32_t choice);
     std::size_t pick(std::size_t count) { return random_() % count; }
@@ -63,6 +68,7 @@ private:
     std::vector<Action> actions_;
     std::vector<std::function<void()>> readers_;
     std::atomic<bool> done_{false};
+    std::atomic<std::uint64_t> sent_{0};
     Watchdog watchdog_;
 };
 

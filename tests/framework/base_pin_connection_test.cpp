@@ -14,6 +14,9 @@ using platform::operator""_w;
 
 class PinConnection : public ::testing::Test {
 protected:
+    /// Connected pins keep each other's filters.
+    void TearDown() override { disconnect(); }
+
     TestOutputPin& output() { return source->pin(); }
     TestInputPin& input() { return sink->pin(); }
 
@@ -24,6 +27,10 @@ protected:
         input().behaviour.accepted = input().behaviour.offered = std::move(types);
     }
     HRESULT connect(const AM_MEDIA_TYPE* type = nullptr) { return output().Connect(&input(), type); }
+    void disconnect() {
+        output().Disconnect();
+        input().Disconnect();
+    }
     /// The type that both ends have.
     CMediaType connectedType() {
         CMediaType one;
@@ -73,8 +80,7 @@ TEST_F(PinConnection, TakesTheFirstTypeThatBothAcceptOfTheListAskedFirst) {
     EXPECT_EQ(source->pin(1).Connect(&input(), nullptr), VFW_E_ALREADY_CONNECTED);
     EXPECT_FALSE(source->pin(1).IsConnected());
 
-    output().Disconnect();
-    input().Disconnect();
+    disconnect();
     output().tryOwnTypesFirst();
     ASSERT_EQ(connect(), S_OK);
     EXPECT_TRUE(connectedType() == testType(1));
@@ -95,8 +101,7 @@ TEST_F(PinConnection, OpenFieldsOfAWantedTypeChooseFromTheLists) {
     wanted.formattype = GUID_NULL;
     ASSERT_EQ(connect(&wanted), S_OK);
     EXPECT_TRUE(connectedType() == testType(2));
-    output().Disconnect();
-    input().Disconnect();
+    disconnect();
 
     wanted.subtype = testType(4).subtype;
     expectConnectFails(VFW_E_NO_ACCEPTABLE_TYPES, &wanted);
@@ -109,8 +114,7 @@ TEST_F(PinConnection, AFullySpecifiedTypeIsTakenOrNothing) {
     output().behaviour.offered.clear();
     const CMediaType both = testType(1);
     ASSERT_EQ(connect(&both), S_OK);
-    output().Disconnect();
-    input().Disconnect();
+    disconnect();
 
     const CMediaType onlySource = testType(2);
     EXPECT_EQ(connect(&onlySource), VFW_E_TYPE_NOT_ACCEPTED);
@@ -191,8 +195,7 @@ TEST_F(PinConnection, OffersItsOwnAllocatorWhenTheReceiversIsRefused) {
     EXPECT_EQ(output().allocator().p, input().allocator().p);
     EXPECT_EQ(output().decided, 2);
     EXPECT_EQ(output().required.cbAlign, 1);
-    output().Disconnect();
-    input().Disconnect();
+    disconnect();
 
     input().allocatorsRefused = 2;
     const CMediaType type = testType(1);

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "core/fec_composer.h"
+#include "host/graph/channel.h"
 #include "host/graph/matrix_config.h"
 #include "host/io/datagram.h"
-#include "host/stages/channel.h"
 
 namespace mvrtpfec {
 

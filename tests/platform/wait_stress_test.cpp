@@ -2,7 +2,6 @@
 
 #include <array>
 #include <atomic>
-#include <memory>
 #include <thread>
 #include <vector>
 
@@ -73,18 +72,21 @@ struct Fork {
 
 TEST(WaitStress, PhilosophersEatAlone) {
     constexpr std::size_t seats = 5;
-    constexpr int meals = 2000;
+    constexpr int meals = 5000;
     std::array<Fork, seats> forks;
+    const ManualEvent served;
     const auto dine = [&](std::size_t seat, bool together) {
         Fork& low = forks[seat == seats - 1 ? 0 : seat];
         Fork& high = forks[seat == seats - 1 ? seat : seat + 1];
         const std::array<HANDLE, 2> both{low.free, high.free};
+        isTaken(served, INFINITE);
         for (int i = 0; i < meals; ++i) {
             if (together)
                 WaitForMultipleObjects(2, both.data(), TRUE, INFINITE);
             else
                 isTaken(low.free, INFINITE), isTaken(high.free, INFINITE);
             ++low.meals;
+            std::this_thread::yield();
             ++high.meals;
             SetEvent(low.free);
             SetEvent(high.free);
@@ -92,31 +94,58 @@ TEST(WaitStress, PhilosophersEatAlone) {
     };
     Threads threads;
     for (std::size_t seat = 0; seat < seats; ++seat) threads.emplace_back(dine, seat, seat % 2 == 0);
+    SetEvent(served);
     threads.clear();
     for (const Fork& fork : forks) EXPECT_EQ(fork.meals, 2 * meals);
 }
 
 TEST(WaitStress, ASignalFindsWhoCanUseIt) {
-    for (int round = 0; round < 5; ++round) {
-        const AutoEvent both, one, never;
-        std::atomic<int> served{0};
-        Threads threads;
-        const auto start = [&](std::vector<HANDLE> objects, bool all, DWORD milliseconds) {
-            threads.emplace_back([&served, objects, all, milliseconds] {
-                const auto count = static_cast<DWORD>(objects.size());
-                if (WaitForMultipleObjects(count, objects.data(), all, milliseconds) < count) ++served;
-            });
-            Sleep(10);  // asleep in this order
-        };
-        start({both, never}, true, 300);
-        start({one, both}, false, patience);
-        start({both}, false, patience);
-        SetEvent(one);   // serves the second thread,
-        SetEvent(both);  // which has been told already; this is the third's
-        threads.clear();
-        EXPECT_EQ(served, 2);
-        EXPECT_FALSE(isTaken(both));
-    }
+    const AutoEvent both, one, never;
+    const Semaphore served;
+    Threads threads;
+    const auto start = [&](std::vector<HANDLE> objects, bool all) {
+        threads.emplace_back([&served, objects, all] {
+            const auto count = static_cast<DWORD>(objects.size());
+            WaitForMultipleObjects(count, objects.data(), all, INFINITE);
+            ReleaseSemaphore(served, 1, nullptr);
+        });
+        Sleep(10);  // asleep in this order
+    };
+    start({both, never}, true);
+    start({one, both}, false);
+    start({both}, false);
+    SetEvent(one);   // the second thread's,
+    SetEvent(both);  // the third's, though the first two come first
+    EXPECT_TRUE(isTaken(served, patience) && isTaken(served, patience));
+    EXPECT_FALSE(isTaken(both));
+    SetEvent(never);
+    SetEvent(both);
+}
+
+/// Tries that never sleep meet in every order.
+TEST(WaitStress, TryingTogetherAndAloneExcludesOthers) {
+    struct Seat {
+        const Semaphore free{1, 1};
+        std::atomic<int> sitters{0};
+        bool isShared() { return ++sitters > 1; }
+        bool leave() { return --sitters, ReleaseSemaphore(free, 1, nullptr) != FALSE; }
+    };
+    std::array<Seat, 2> seats;
+    const std::array<HANDLE, 2> both{seats[0].free, seats[1].free};
+    std::atomic<int> faults{0};
+    const auto sit = [&](std::size_t first, DWORD count) {
+        for (int i = 0; i < 50'000; ++i) {
+            if (WaitForMultipleObjects(count, &both[first], TRUE, 0) != WAIT_OBJECT_0) continue;
+            for (std::size_t seat = first; seat < first + count; ++seat) faults += seats[seat].isShared();
+            for (std::size_t seat = first; seat < first + count; ++seat) faults += !seats[seat].leave();
+        }
+    };
+    Threads threads;
+    for (int i = 0; i < 2; ++i) threads.emplace_back(sit, 0, 2);
+    for (std::size_t seat = 0; seat < seats.size(); ++seat) threads.emplace_back(sit, seat, 1);
+    threads.clear();
+    EXPECT_EQ(faults, 0);
+    EXPECT_TRUE(isTaken(both[0]) && isTaken(both[1]));
 }
 
 TEST(WaitStress, ManualResetFreesAll) {
@@ -131,13 +160,19 @@ TEST(WaitStress, ManualResetFreesAll) {
 }
 
 TEST(WaitStress, WhoIsFreedMayCloseTheObject) {
-    for (int round = 0; round < 2000; ++round) {
-        auto event = std::make_unique<AutoEvent>();
-        const HANDLE handle = *event;
-        const std::jthread signaller([handle] { SetEvent(handle); });
-        if (round % 2 == 0) std::this_thread::yield();
-        ASSERT_TRUE(isTaken(*event, patience));
-        event.reset();
+    constexpr int rounds = 20'000;
+    std::atomic<HANDLE> offered{nullptr};
+    const std::jthread signaller([&] {
+        for (int round = 0; round < rounds; ++round) {
+            HANDLE event = nullptr;
+            while ((event = offered.exchange(nullptr)) == nullptr) std::this_thread::yield();
+            SetEvent(event);
+        }
+    });
+    for (int round = 0; round < rounds; ++round) {
+        const AutoEvent event;
+        offered = event;
+        ASSERT_TRUE(isTaken(event, patience));
     }
 }
 

@@ -1,4 +1,4 @@
-#include "host/stages/channel.h"
+#include "host/graph/channel.h"
 
 #include <limits>
 #include <stdexcept>
