@@ -10,7 +10,8 @@
 
 #include <atomic>
 #include <cstddef>
-#include <mutex>
+
+#include "platform/light_mutex.h"
 
 struct SECURITY_ATTRIBUTES;
 
@@ -31,8 +32,9 @@ using LPTHREAD_START_ROUTINE = DWORD(WINAPI*)(LPVOID);
 
 /// Re-entrant.
 struct CRITICAL_SECTION {
-    std::recursive_mutex mutex;
-    std::atomic<DWORD> owner{0};  ///< the thread that took it last
+    platform::LightMutex mutex;
+    std::atomic<DWORD> owner{0};  ///< the thread inside, 0 for none
+    DWORD depth = 0;              ///< how often it has entered
 };
 
 // The operations have C linkage as the system's own have, so that tests can stand in for them.

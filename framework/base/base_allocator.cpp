@@ -16,6 +16,12 @@ std::int64_t roundUp(std::int64_t size, std::int64_t alignment) noexcept {
     return (size + alignment - 1) & -alignment;
 }
 
+/// Tells threads apart; none while it runs has another's.
+const void* currentThread() noexcept {
+    static thread_local const char mark = 0;
+    return &mark;
+}
+
 bool isPowerOfTwo(LONG value) noexcept {
     return value > 0 && std::has_single_bit(static_cast<ULONG>(value));
 }
@@ -49,6 +55,7 @@ STDMETHODIMP CBaseAllocator::SetProperties(ALLOCATOR_PROPERTIES* request, ALLOCA
     if (const HRESULT result = makeValid(wanted); FAILED(result)) return result;
     const std::lock_guard lock(mutex_);
     if (committed_) return VFW_E_ALREADY_COMMITTED;
+    collectLocked();
     if (out_ > 0) return VFW_E_BUFFERS_OUTSTANDING;
     samplesStale_ = samplesStale_ || !hasSameSizes(wanted);
     properties_ = wanted;
@@ -115,6 +122,8 @@ STDMETHODIMP CBaseAllocator::Decommit() {
         if (!committed_) return S_OK;
         committed_ = false;
         ++decommits_;
+        askForAttention();
+        collectLocked();
         decommitPending_ = out_ > 0;
         if (!decommitPending_) Free();
     }
@@ -138,6 +147,7 @@ HRESULT CBaseAllocator::TakeSample(CMediaSample** sample, DWORD flags) noexcept 
         if (const HRESULT result = waitForSample(lock, flags); FAILED(result)) return result;
         *sample = &popLocked();
         ++out_;
+        taker_.store(currentThread(), std::memory_order_relaxed);
     }
     (*sample)->startUse();
     return S_OK;
@@ -146,10 +156,13 @@ HRESULT CBaseAllocator::TakeSample(CMediaSample** sample, DWORD flags) noexcept 
 HRESULT CBaseAllocator::waitForSample(std::unique_lock<platform::LightMutex>& lock, DWORD flags) noexcept {
     const unsigned decommits = decommits_;
     while (committed_ && decommits_ == decommits) {
+        if (free_ == nullptr) collectLocked();
         if (free_ != nullptr) return S_OK;
         if ((flags & AM_GBF_NOWAIT) != 0) return VFW_E_TIMEOUT;
         ++waiting_;
-        changed_.wait(lock);
+        askForAttention();
+        collectLocked();
+        if (free_ == nullptr) changed_.wait(lock);
         --waiting_;
     }
     return VFW_E_NOT_COMMITTED;
@@ -165,11 +178,31 @@ STDMETHODIMP CBaseAllocator::ReleaseBuffer(IMediaSample* buffer) {
 
 void CBaseAllocator::OnRelease(CMediaSample&) noexcept {}
 
+namespace {
+
+/// Stands in the lowest bit of home_, which no sample's address has.
+constexpr std::uintptr_t attention = 1;
+static_assert(alignof(CMediaSample) > attention);
+
+}  // namespace
+
 void CBaseAllocator::giveBack(CMediaSample& sample) noexcept {
+    if (taker_.load(std::memory_order_relaxed) == currentThread()) return giveBackLocked(sample);
+    std::uintptr_t home = home_.load(std::memory_order_acquire);
+    do {
+        // Until it is given back, the sample keeps the allocator alive.
+        if ((home & attention) != 0) return giveBackLocked(sample);
+        sample.next_ = reinterpret_cast<CMediaSample*>(home);
+    } while (!home_.compare_exchange_weak(home, reinterpret_cast<std::uintptr_t>(&sample),
+                                          std::memory_order_acq_rel, std::memory_order_acquire));
+}
+
+void CBaseAllocator::giveBackLocked(CMediaSample& sample) noexcept {
     CComPtr<IMemAllocatorNotifyCallbackTemp> callback;
     bool last = false;
     {
         const std::lock_guard lock(mutex_);
+        if (home_.load(std::memory_order_relaxed) != 0) collectLocked();
         pushLocked(sample);
         --out_;
         last = orphaned_ && out_ == 0;
@@ -180,14 +213,38 @@ void CBaseAllocator::giveBack(CMediaSample& sample) noexcept {
             decommitPending_ = false;
             Free();
         }
+        const bool calm = waiting_ == 0 && !decommitPending_ && !orphaned_ && notify_ == nullptr;
+        if (calm && home_.load(std::memory_order_relaxed) != 0)
+            home_.fetch_and(~attention, std::memory_order_acq_rel);
     }
     if (callback != nullptr) callback->NotifyRelease();
     if (last) CUnknown::OnFinalRelease();
 }
 
+/// Whoever asks looks at the samples at home once more afterwards: who gave one back before did not see it.
+void CBaseAllocator::askForAttention() noexcept {
+    home_.fetch_or(attention, std::memory_order_acq_rel);
+}
+
+void CBaseAllocator::collectLocked() noexcept {
+    std::uintptr_t home = home_.load(std::memory_order_acquire);
+    while (home > attention && !home_.compare_exchange_weak(home, home & attention, std::memory_order_acq_rel,
+                                                            std::memory_order_acquire)) {
+    }
+    auto* sample = reinterpret_cast<CMediaSample*>(home & ~attention);
+    while (sample != nullptr) {
+        CMediaSample* const next = sample->next_;
+        pushLocked(*sample);
+        --out_;
+        sample = next;
+    }
+}
+
 void CBaseAllocator::OnFinalRelease() noexcept {
     {
         const std::lock_guard lock(mutex_);
+        askForAttention();
+        collectLocked();
         orphaned_ = out_ > 0;
         if (orphaned_) return;
     }
@@ -208,12 +265,14 @@ STDMETHODIMP CBaseAllocator::SetNotify(IMemAllocatorNotifyCallbackTemp* callback
     CComPtr<IMemAllocatorNotifyCallbackTemp> previous(callback);
     const std::lock_guard lock(mutex_);
     std::swap(notify_, previous);
+    askForAttention();
     return S_OK;
 }
 
 STDMETHODIMP CBaseAllocator::GetFreeCount(LONG* freeBuffers) {
     if (freeBuffers == nullptr) return E_POINTER;
     const std::lock_guard lock(mutex_);
+    collectLocked();
     *freeBuffers = properties_.cBuffers - out_;
     return S_OK;
 }

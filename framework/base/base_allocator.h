@@ -1,6 +1,8 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -72,6 +74,9 @@ private:
     HRESULT allocLocked() noexcept;
     HRESULT waitForSample(std::unique_lock<platform::LightMutex>& lock, DWORD flags) noexcept;
     void giveBack(CMediaSample& sample) noexcept;
+    void giveBackLocked(CMediaSample& sample) noexcept;
+    void askForAttention() noexcept;
+    void collectLocked() noexcept;
     void pushLocked(CMediaSample& sample) noexcept;
     CMediaSample& popLocked() noexcept;
 
@@ -88,9 +93,19 @@ private:
 
     std::vector<std::unique_ptr<CMediaSample>> samples_;
     CMediaSample* free_ = nullptr;
-    LONG out_ = 0;
+    LONG out_ = 0;           ///< those that have come home and not been collected count as out
     bool orphaned_ = false;  ///< its last reference has gone while samples were out
     CComPtr<IMemAllocatorNotifyCallbackTemp> notify_;
+
+    /// The thread that took a sample last. What comes home on it goes straight to the free list, where the
+    /// sample used last is the next: its memory is still in the cache.
+    std::atomic<const void*> taker_{nullptr};
+
+    /// The samples that have come home on other threads since they were last collected: the address of the
+    /// last one, and whether somebody must hear of the next. Such a thread touches nothing else, so that it
+    /// and the taker don't pull one cache line back and forth. Nothing of the allocator may be touched once
+    /// a sample is in this list: it may have been the last.
+    alignas(64) std::atomic<std::uintptr_t> home_{0};
 };
 
 }  // namespace mvrtpfec
