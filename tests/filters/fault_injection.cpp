@@ -47,7 +47,7 @@ void* allocateOrThrow(std::size_t size, std::size_t alignment) {
 void release(void* block) {
     if (block == nullptr) return;
     --blocks;
-    std::free(block);
+    std::free(block);  // NOLINT(cppcoreguidelines-owning-memory)
 }
 
 }  // namespace

@@ -113,7 +113,8 @@ TEST_F(FilterState, StreamTimeCountsFromTheStartOfRunning) {
     EXPECT_EQ(source->StreamTime(time), VFW_E_NO_CLOCK);
     EXPECT_EQ(source->GetSyncSource(&clock), S_OK);
     EXPECT_EQ(clock.p, nullptr);
-    EXPECT_EQ(source->SetSyncSource(new StandingClock), S_OK);
+    IReferenceClock* const standing = new StandingClock;  // NOLINT(cppcoreguidelines-owning-memory)
+    EXPECT_EQ(source->SetSyncSource(standing), S_OK);
     source->Run(300);
     EXPECT_EQ(source->StreamTime(time), S_OK);
     EXPECT_EQ(time, 700);
