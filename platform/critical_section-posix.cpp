@@ -1,65 +1,46 @@
 #include "platform/blocked_note-posix.h"
-#include "platform/lock_order-posix.h"
+#include "platform/sanitizers-posix.h"
 
 namespace platform {
 namespace {
 
-bool isInside(const CRITICAL_SECTION& section) noexcept {
-    return section.owner.load(std::memory_order_relaxed) == GetCurrentThreadId();
+/// The thread sanitizer learns the order of locks from unconditional locking only.
+bool enterAtOnce(CRITICAL_SECTION& section) noexcept {
+    return !underThreadSanitizer && section.mutex.try_lock();
 }
 
-void noteEntered(CRITICAL_SECTION& section) noexcept {
-    section.owner.store(GetCurrentThreadId(), std::memory_order_relaxed);
-    section.depth = 1;
-}
-
-[[gnu::noinline]] void waitAndLock(CRITICAL_SECTION& section) noexcept {
+[[gnu::noinline]] void waitAndEnter(CRITICAL_SECTION& section) {
     const BlockedNote note(&section, section.owner.load(std::memory_order_relaxed));
     section.mutex.lock();
+}
+
+void noteOwner(CRITICAL_SECTION& section) noexcept {
+    section.owner.store(GetCurrentThreadId(), std::memory_order_relaxed);
 }
 
 }  // namespace
 }  // namespace platform
 
-void InitializeCriticalSection(CRITICAL_SECTION* section) {
-    platform::noteLockMade(section);
-}
+// The structure's members have made themselves.
+void InitializeCriticalSection(CRITICAL_SECTION*) {}
 
-BOOL InitializeCriticalSectionAndSpinCount(CRITICAL_SECTION* section, DWORD) {
-    platform::noteLockMade(section);
+BOOL InitializeCriticalSectionAndSpinCount(CRITICAL_SECTION*, DWORD) {
     return TRUE;
 }
 
-void DeleteCriticalSection(CRITICAL_SECTION* section) {
-    platform::noteLockGone(section);
-}
+void DeleteCriticalSection(CRITICAL_SECTION*) {}
 
 void EnterCriticalSection(CRITICAL_SECTION* section) {
-    if (platform::isInside(*section)) {
-        ++section->depth;
-        return;
-    }
-    platform::noteLocking(section);
-    if (!section->mutex.try_lock()) platform::waitAndLock(*section);
-    platform::noteLocked(section);
-    platform::noteEntered(*section);
+    if (!platform::enterAtOnce(*section)) platform::waitAndEnter(*section);
+    platform::noteOwner(*section);
 }
 
 BOOL TryEnterCriticalSection(CRITICAL_SECTION* section) {
-    if (platform::isInside(*section)) {
-        ++section->depth;
-        return TRUE;
-    }
     if (!section->mutex.try_lock()) return FALSE;
-    platform::noteLockedByTry(section);
-    platform::noteEntered(*section);
+    platform::noteOwner(*section);
     return TRUE;
 }
 
 void LeaveCriticalSection(CRITICAL_SECTION* section) {
-    if (--section->depth > 0) return;
-    section->owner.store(0, std::memory_order_relaxed);
-    platform::noteUnlocking(section);
     section->mutex.unlock();
-    platform::noteUnlocked(section);
 }

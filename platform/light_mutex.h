@@ -6,7 +6,10 @@
 namespace platform {
 
 /// A mutex for sections of a few instructions on the road of every sample: two atomic operations in line when
-/// nobody else is there, where the standard one costs two calls more. Not re-entrant; for std::lock_guard.
+/// nobody else is there, where the standard one costs two calls more. Not for longer sections: who holds it
+/// most of the time can keep others out. Not re-entrant; for std::lock_guard.
+///
+/// Its next holder may destroy it: after opening, unlock() wakes an address and reads nothing.
 class LightMutex {
 public:
     constexpr LightMutex() noexcept = default;

@@ -10,8 +10,7 @@
 
 #include <atomic>
 #include <cstddef>
-
-#include "platform/light_mutex.h"
+#include <mutex>
 
 struct SECURITY_ATTRIBUTES;
 
@@ -30,11 +29,11 @@ constexpr DWORD ERROR_TOO_MANY_POSTS = 298;
 
 using LPTHREAD_START_ROUTINE = DWORD(WINAPI*)(LPVOID);
 
-/// Re-entrant.
+/// Re-entrant. The standard mutex, because filters hold such a lock while downstream works, and who waits for
+/// it must get its turn.
 struct CRITICAL_SECTION {
-    platform::LightMutex mutex;
-    std::atomic<DWORD> owner{0};  ///< the thread inside, 0 for none
-    DWORD depth = 0;              ///< how often it has entered
+    std::recursive_mutex mutex;
+    std::atomic<DWORD> owner{0};  ///< the thread that took it last
 };
 
 // The operations have C linkage as the system's own have, so that tests can stand in for them.

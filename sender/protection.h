@@ -17,12 +17,12 @@ namespace mvrtpfec {
 /// State changes leave new composers at the door, and the next packet finds them there. So a thread that
 /// changes the state never waits for a packet under way, and that packet's composers live on until it is
 /// done. The work's lock is held while FEC packets are delivered; nobody waits for it but other streaming
-/// threads. It is re-entrant for a graph that feeds FEC packets back.
+/// threads. What a graph that goes round feeds back in meanwhile is passed over.
 class Protection {
 public:
     using Composer = std::unique_ptr<CFecComposer>;
 
-    /// Any thread. Composer B stays what it is.
+    /// Any thread. Composer B stays what it is. The old ones are destroyed when the next packet comes.
     void replaceA(Composer a) noexcept { leaveAtDoor(std::move(a), std::nullopt); }
     void replaceBoth(Composer a, Composer b) noexcept { leaveAtDoor(std::move(a), std::move(b)); }
 
@@ -30,8 +30,9 @@ public:
     /// throw: what A can't send, B doesn't see.
     void protect(ConstRtpPacketView media, bool withB) {
         const CAutoLock work(&work_);
-        if (changed_ && depth_ == 0) takeFromDoor();
-        const Inside inside(depth_);
+        if (busy_) return;
+        if (changed_) takeFromDoor();
+        const Busy busy(busy_);
         if (a_) a_->protect(media);
         if (withB && b_) b_->protect(media);
     }
@@ -39,11 +40,10 @@ public:
 private:
     using Replacement = std::optional<Composer>;
 
-    /// A packet that a composer's sink sends round to the input must not replace that composer.
-    struct Inside {
-        explicit Inside(int& depth) noexcept : depth_(++depth) {}
-        ~Inside() { --depth_; }
-        int& depth_;
+    struct Busy {
+        explicit Busy(bool& busy) noexcept : flag(busy) { flag = true; }
+        ~Busy() { flag = false; }
+        bool& flag;
     };
 
     void leaveAtDoor(Replacement a, Replacement b) noexcept {
@@ -74,7 +74,7 @@ private:
     CCritSec work_;
     Composer a_;
     Composer b_;
-    int depth_ = 0;
+    bool busy_ = false;
 };
 
 }  // namespace mvrtpfec

@@ -69,19 +69,22 @@ HRESULT CRtpFecFilter::Pause() {
 void CRtpFecFilter::createComposers() {
     const std::int32_t mode = mode_;
     if (mode == fecNone) return protection_.replaceBoth(nullptr, nullptr);
-    CFecComposer::checkMatrix(mode, columns_, rows_);
-    auto composerA = makeComposer(fecA_, mode == fecRow ? fecRow : fecColumn);
+    const std::int32_t columns = columns_;
+    const std::int32_t rows = rows_;
+    CFecComposer::checkMatrix(mode, columns, rows);
+    auto composerA = makeComposer(fecA_, mode == fecRow ? fecRow : fecColumn, columns, rows);
     if (mode == fecBoth)
-        protection_.replaceBoth(std::move(composerA), makeComposer(fecB_, fecRow));
+        protection_.replaceBoth(std::move(composerA), makeComposer(fecB_, fecRow, columns, rows));
     else
         protection_.replaceA(std::move(composerA));
 }
 
-std::unique_ptr<CFecComposer> CRtpFecFilter::makeComposer(CRtpFecFilterOutputPin& pin, FecMode mode) {
+std::unique_ptr<CFecComposer> CRtpFecFilter::makeComposer(CRtpFecFilterOutputPin& pin, FecMode mode,
+                                                          std::int32_t columns, std::int32_t rows) {
     const auto deliver = [&pin](const std::shared_ptr<RtpPacket>& packet) {
         pin.deliverPacket(packet->view);
     };
-    return std::make_unique<CFecComposer>(deliver, mode, columns_, rows_);
+    return std::make_unique<CFecComposer>(deliver, mode, columns, rows);
 }
 
 void CRtpFecFilter::processPacket(IMediaSample* sample) {

@@ -23,7 +23,7 @@ HRESULT CRtpFecFilterInputPin::GetMediaType(int position, CMediaType* type) {
 HRESULT CRtpFecFilterInputPin::Receive(IMediaSample* sample) {
     return guardedEntry([&] {
         const HRESULT result = CBaseInputPin::Receive(sample);
-        if (SUCCEEDED(result)) process(sample);
+        if (result == S_OK) process(sample);
         return result;
     });
 }

@@ -48,7 +48,8 @@ void CRtpFecFilterOutputPin::deliverPacket(ConstRtpPacketView packet) {
     CComPtr<IMediaSample> sample;
     throwIfFailed(GetDeliveryBuffer(&sample, nullptr, nullptr, 0));
     BYTE* buffer = nullptr;
-    throwIfFailed(sample->GetPointer(&buffer));
+    throwIfFailed(sample != nullptr ? sample->GetPointer(&buffer) : E_POINTER);
+    if (buffer == nullptr) throw mvn::COMException(E_POINTER);
     if (sample->GetSize() < LONG{packet.length}) return;
     std::copy_n(packet.data, packet.length, buffer);
     sample->SetActualDataLength(packet.length);

@@ -126,8 +126,9 @@ STDMETHODIMP CBaseAllocator::Decommit() {
         collectLocked();
         decommitPending_ = out_ > 0;
         if (!decommitPending_) Free();
+        ++wakeUps_;
+        wakeUps_.notify_all();
     }
-    changed_.notify_all();
     return S_OK;
 }
 
@@ -162,10 +163,17 @@ HRESULT CBaseAllocator::waitForSample(std::unique_lock<platform::LightMutex>& lo
         ++waiting_;
         askForAttention();
         collectLocked();
-        if (free_ == nullptr) changed_.wait(lock);
+        if (free_ == nullptr) sleep(lock);
         --waiting_;
     }
     return VFW_E_NOT_COMMITTED;
+}
+
+void CBaseAllocator::sleep(std::unique_lock<platform::LightMutex>& lock) noexcept {
+    const std::uint32_t seen = wakeUps_;
+    lock.unlock();
+    wakeUps_.wait(seen);
+    lock.lock();
 }
 
 STDMETHODIMP CBaseAllocator::ReleaseBuffer(IMediaSample* buffer) {
@@ -208,7 +216,10 @@ void CBaseAllocator::giveBackLocked(CMediaSample& sample) noexcept {
         last = orphaned_ && out_ == 0;
         callback = notify_;
         // Told under the lock: without it, who has been told may already have destroyed the allocator.
-        if (waiting_ > 0) changed_.notify_one();
+        if (waiting_ > 0) {
+            ++wakeUps_;
+            wakeUps_.notify_one();
+        }
         if (decommitPending_ && out_ == 0) {
             decommitPending_ = false;
             Free();

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -73,6 +72,7 @@ private:
     bool hasSameSizes(const ALLOCATOR_PROPERTIES& other) const noexcept;
     HRESULT allocLocked() noexcept;
     HRESULT waitForSample(std::unique_lock<platform::LightMutex>& lock, DWORD flags) noexcept;
+    void sleep(std::unique_lock<platform::LightMutex>& lock) noexcept;
     void giveBack(CMediaSample& sample) noexcept;
     void giveBackLocked(CMediaSample& sample) noexcept;
     void askForAttention() noexcept;
@@ -81,7 +81,7 @@ private:
     CMediaSample& popLocked() noexcept;
 
     mutable platform::LightMutex mutex_;
-    std::condition_variable_any changed_;
+    std::atomic<std::uint32_t> wakeUps_{0};
     int waiting_ = 0;
 
     ALLOCATOR_PROPERTIES properties_{};

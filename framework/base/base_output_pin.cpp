@@ -69,7 +69,8 @@ HRESULT CBaseOutputPin::DecideAllocator(IMemInputPin* input, IMemAllocator** res
 
     CComPtr<IMemAllocator> candidate;
     HRESULT outcome = input->GetAllocator(&candidate);
-    if (SUCCEEDED(outcome)) outcome = offerAllocator(input, candidate, required);
+    if (SUCCEEDED(outcome))
+        outcome = candidate != nullptr ? offerAllocator(input, candidate, required) : VFW_E_NO_ALLOCATOR;
     if (FAILED(outcome)) {
         candidate.Release();
         outcome = InitAllocator(&candidate);

@@ -1,6 +1,6 @@
 #include "tests/filters/feeder.h"
 
-#include <cstring>
+#include <algorithm>
 
 #include "framework/rtp_media_type.h"
 #include "platform/wide_literal.h"
@@ -43,7 +43,7 @@ HRESULT Feeder::feed(std::size_t pin, std::span<const std::uint8_t> bytes) {
     BYTE* data = nullptr;
     result = sample->GetPointer(&data);
     if (FAILED(result)) return result;
-    std::memcpy(data, bytes.data(), bytes.size());
+    std::ranges::copy(bytes, data);
     sample->SetActualDataLength(static_cast<LONG>(bytes.size()));
     return pins_[pin]->Deliver(sample);
 }
