@@ -84,6 +84,9 @@ void* operator new(std::size_t size, std::align_val_t alignment) {
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     return allocate(size, 0);
 }
+void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+    return allocate(size, static_cast<std::size_t>(alignment));
+}
 void operator delete(void* block) noexcept {
     mvrtpfec::release(block);
 }
