@@ -4,7 +4,7 @@
 #include <condition_variable>
 #include <mutex>
 
-#include "framework/rtp_media_type.h"
+#include "mvrtpfec/rtp_media_type.h"
 #include "platform/wide_literal.h"
 
 namespace mvrtpfec::bench {

@@ -12,6 +12,8 @@ foreach(name IN LISTS exported)
   install(DIRECTORY ${name}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mvrtpfec/${name}
           FILES_MATCHING PATTERN "*.h")
 endforeach()
+install(TARGETS mvrtpfec_interfaces EXPORT MvRtpFecTargets)
+install(DIRECTORY include/mvrtpfec DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 if(MVRTPFEC_HOST)
   install(TARGETS mvrtpfec RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   install(FILES samples/sample.ts DESTINATION ${CMAKE_INSTALL_DATADIR}/mvrtpfec)

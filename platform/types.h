@@ -42,6 +42,8 @@ using LPCOLESTR = const WCHAR*;
 // Calling conventions, which only the system's own target has.
 #define WINAPI
 #define STDMETHODCALLTYPE
+#define STDAPICALLTYPE
+#define STDAPI extern "C" HRESULT
 #define STDMETHODIMP HRESULT
 #define STDMETHODIMP_(type) type
 

@@ -8,16 +8,20 @@ set -euo pipefail
 
 awk '
     BEGIN {
+        # "mvrtpfec" are the public headers, in include/mvrtpfec.
         allowed["platform"] = "platform"
-        allowed["support"] = "support platform"
+        allowed["include"] = "mvrtpfec"
+        allowed["support"] = "support mvrtpfec platform"
         allowed["core"] = "core support platform"
         allowed["guard"] = "guard core support platform"
-        allowed["framework"] = "framework support platform"
-        allowed["sender"] = "sender framework core support platform"
-        allowed["receiver"] = "receiver framework core support platform"
-        allowed["host"] = "host guard sender receiver framework core support platform"
-        everything = allowed["host"] " tests bench fuzz"
+        allowed["framework"] = "framework support mvrtpfec platform"
+        allowed["sender"] = "sender framework core support mvrtpfec platform"
+        allowed["receiver"] = "receiver framework core support mvrtpfec platform"
+        allowed["module"] = "module sender receiver framework support mvrtpfec platform"
+        allowed["host"] = "host guard framework core support mvrtpfec platform"
+        everything = allowed["host"] " sender receiver tests bench fuzz"
         allowed["tests"] = allowed["bench"] = allowed["fuzz"] = everything
+        allowed["examples"] = "examples framework mvrtpfec platform"
         for (folder in allowed) {
             count = split(allowed[folder], names)
             for (i = 1; i <= count; ++i) mayInclude[folder, names[i]] = 1
@@ -34,7 +38,7 @@ awk '
         sub(/".*/, "", header)
         target = header
         sub(/\/.*/, "", target)
-        if (header !~ /\// || !(target in allowed))
+        if (header !~ /\// || !(target in allowed || target == "mvrtpfec"))
             object("\"" header "\" is not named from the root of the repository")
         else if (!((folder, target) in mayInclude))
             object(folder "/ must not include " target "/")

@@ -3,7 +3,7 @@
 #include <atomic>
 
 #include "framework/base/base_filter.h"
-#include "sender/fec_over_rtp_config.h"
+#include "mvrtpfec/rtp_fec_filter.h"
 #include "sender/protection.h"
 #include "sender/rtp_fec_filter_input_pin.h"
 #include "sender/rtp_fec_filter_output_pin.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "framework/base/media_type.h"
-#include "framework/rtp_media_type.h"
+#include "mvrtpfec/rtp_media_type.h"
 
 namespace mvrtpfec {
 

@@ -2,11 +2,13 @@
 
 #include <array>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 
-#include "support/logger.h"
-
 namespace mvn::log {
+
+/// Bytes of the buffer that every formatting step uses: a longer message is cut to its first 259 characters.
+inline constexpr std::size_t messageSize = 260;
 
 using MessageBuffer = std::array<char, messageSize>;
 

@@ -2,8 +2,8 @@
 
 #include <atomic>
 
+#include "mvrtpfec/log_perf.h"
 #include "support/log_message.h"
-#include "support/log_perf.h"
 
 namespace mvn::log {
 

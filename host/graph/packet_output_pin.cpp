@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "framework/rtp_media_type.h"
 #include "host/graph/pin_names.h"
+#include "mvrtpfec/rtp_media_type.h"
 
 namespace mvrtpfec {
 

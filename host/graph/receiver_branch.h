@@ -9,7 +9,7 @@
 #include "host/graph/in_flight.h"
 #include "host/graph/packet_sink_filter.h"
 #include "host/graph/packet_source_filter.h"
-#include "receiver/rtp_fec_in_totals.h"
+#include "mvrtpfec/rtp_fec_in.h"
 
 namespace mvrtpfec {
 

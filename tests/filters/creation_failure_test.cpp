@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "framework/base/base_filter.h"
+#include "mvrtpfec/rtp_fec_filter.h"
+#include "mvrtpfec/rtp_fec_in.h"
 #include "receiver/rtp_fec_in.h"
-#include "receiver/rtp_fec_in_config.h"
-#include "sender/fec_over_rtp_config.h"
 #include "sender/rtp_fec_filter.h"
 #include "tests/filters/fault_injection.h"
 

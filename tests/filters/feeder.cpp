@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "framework/rtp_media_type.h"
+#include "mvrtpfec/rtp_media_type.h"
 #include "platform/wide_literal.h"
 
 namespace mvrtpfec {

@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "core/rtp_packet.h"
-#include "sender/fec_over_rtp_config.h"
+#include "mvrtpfec/rtp_fec_filter.h"
 #include "sender/rtp_fec_filter.h"
 #include "tests/filters/collector.h"
 #include "tests/filters/feeder.h"

@@ -8,7 +8,6 @@
 
 #include "core/fec_composer.h"
 #include "receiver/rtp_fec_in.h"
-#include "receiver/rtp_fec_in_totals.h"
 #include "sender/rtp_fec_filter.h"
 
 namespace mvrtpfec {

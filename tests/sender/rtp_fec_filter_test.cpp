@@ -1,6 +1,6 @@
 #include <atomic>
 
-#include "framework/rtp_media_type.h"
+#include "mvrtpfec/rtp_media_type.h"
 #include "tests/sender/sender_fixture.h"
 
 namespace mvrtpfec {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/debug_output.h"
+#include "support/dummy_log_perf.h"
 #include "support/smart_log_perf.h"
 
 namespace {

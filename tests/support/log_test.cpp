@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/dummy_log_perf.h"
 #include "support/log_message.h"
 #include "support/smart_log_perf.h"
 

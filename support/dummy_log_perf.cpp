@@ -1,4 +1,4 @@
-#include "support/log_perf.h"
+#include "support/dummy_log_perf.h"
 
 #include "platform/debug_output.h"
 #include "support/log_message.h"

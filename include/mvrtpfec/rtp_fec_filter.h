@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/component.h"
+#include <unknwn.h>
 
 namespace mvrtpfec {
 

@@ -1,18 +1,8 @@
 #pragma once
 
-#include "support/logger.h"
+#include "mvrtpfec/log_perf.h"
 
 namespace mvn::log {
-
-/// A logger that also counts what happens to the media. Any thread.
-struct ILogPerf : ILogger, IBufferFullNotifier {
-    virtual void CountResync() = 0;
-    virtual void CountTsDiscontinuity() = 0;
-    virtual void CountDecodedPicture() = 0;
-    virtual void AddPoliticChoices(std::int32_t amount) = 0;
-    /// Writes one line of statistics.
-    virtual void Sample() = 0;
-};
 
 /// Counts nothing; messages go to the debugger output, each followed by a line feed sent by itself.
 class DummyLogPerf : public ILogPerf {

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
-namespace mvn::log {
+// Where the filters' log texts and statistics go. A host may implement ILogPerf and hand it to the receiver
+// filter (rtp_fec_in.h).
 
-/// Bytes of the buffer that every formatting step uses: a longer message is cut to its first 259 characters.
-inline constexpr std::size_t messageSize = 260;
+namespace mvn::log {
 
 namespace i_logger::v0 {
 
@@ -33,5 +32,15 @@ struct IBufferFullNotifier {
 
 using i_buffer_full_notifier::v0::IBufferFullNotifier;
 using i_logger::v0::ILogger;
+
+/// A logger that also counts what happens to the media. Any thread.
+struct ILogPerf : ILogger, IBufferFullNotifier {
+    virtual void CountResync() = 0;
+    virtual void CountTsDiscontinuity() = 0;
+    virtual void CountDecodedPicture() = 0;
+    virtual void AddPoliticChoices(std::int32_t amount) = 0;
+    /// Writes one line of statistics.
+    virtual void Sample() = 0;
+};
 
 }  // namespace mvn::log
