@@ -1,5 +1,6 @@
 #include "host/commands/program.h"
+#include "platform/process.h"
 
 int main(int argc, char** argv) {
-    return mvrtpfec::runProgram(argc, argv);
+    return mvrtpfec::runProgram(platform::programArguments(argc, argv));
 }

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "platform/counted-posix.h"
+#include "platform/counted.h"
 #include "platform/filter_list-posix.h"
 
 namespace platform {

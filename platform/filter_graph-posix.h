@@ -3,7 +3,7 @@
 #include <memory>
 #include <mutex>
 
-#include "platform/counted-posix.h"
+#include "platform/counted.h"
 #include "platform/event_queue-posix.h"
 #include "platform/filter_list-posix.h"
 #include "platform/media_graph.h"

@@ -1,8 +1,8 @@
-#include "platform/shared_library.h"
-
 #include <stdexcept>
 
 #include <dlfcn.h>
+
+#include "platform/shared_library.h"
 
 namespace platform {
 

@@ -1,9 +1,8 @@
-#include "platform/shared_library.h"
-
 #include <stdexcept>
 #include <string>
 #include <system_error>
 
+#include "platform/shared_library.h"
 #include "platform/types.h"
 
 namespace platform {

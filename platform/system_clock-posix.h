@@ -5,7 +5,7 @@
 #include <mutex>
 #include <thread>
 
-#include "platform/counted-posix.h"
+#include "platform/counted.h"
 #include "platform/media_filters.h"
 
 namespace platform {

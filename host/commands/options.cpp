@@ -1,7 +1,6 @@
 #include "host/commands/options.h"
 
 #include <exception>
-#include <filesystem>
 #include <initializer_list>
 #include <map>
 #include <string>
@@ -9,6 +8,7 @@
 
 #include "host/commands/commands.h"
 #include "host/io/file_error.h"
+#include "platform/utf8_path.h"
 
 namespace mvrtpfec {
 
@@ -31,6 +31,12 @@ CLI::Option* addChoice(CLI::App& command, const std::string& name, Value& value,
 }
 
 }  // namespace
+
+CLI::Option* addPath(CLI::App& command, const std::string& name, std::filesystem::path& path,
+                     const std::string& help) {
+    const auto take = [&path](const std::string& text) { path = platform::pathFromUtf8(text); };
+    return command.add_option_function<std::string>(name, take, help);
+}
 
 void addMatrixOptions(CLI::App& command, MatrixConfig& matrix) {
     addChoice(command, "--mode", matrix.mode, {{"row", fecRow}, {"column", fecColumn}, {"both", fecBoth}},
@@ -58,10 +64,15 @@ void addGuardOption(CLI::App& command, bool& guard) {
         ->type_name("STATE");
 }
 
-void addJsonOption(CLI::App& command, std::string& path) {
-    command
-        .add_option("--json", path, "Write the figures as one JSON object to FILE, or - for standard output")
+void addJsonOption(CLI::App& command, std::filesystem::path& path) {
+    addPath(command, "--json", path, "Write the figures as one JSON object to FILE, or - for standard output")
         ->type_name("FILE|-");
+}
+
+void addModuleOption(CLI::App& command, std::filesystem::path& path) {
+    addPath(command, "--module", path,
+            "File that the filters are in; left out: as registered, or the one beside the program")
+        ->type_name("FILE");
 }
 
 void checkMatrix(const MatrixConfig& matrix) {
@@ -72,7 +83,7 @@ void checkMatrix(const MatrixConfig& matrix) {
     }
 }
 
-void requireMedia(std::uint64_t packets, const PacketSource& source, const std::string& path,
+void requireMedia(std::uint64_t packets, const PacketSource& source, const std::filesystem::path& path,
                   std::uint16_t port) {
     if (packets > 0) return;
     std::string message = "no usable RTP media packets to UDP port " + std::to_string(port);
@@ -81,14 +92,14 @@ void requireMedia(std::uint64_t packets, const PacketSource& source, const std::
     throw FileError(path, message);
 }
 
-void requireDistinct(const std::string& one, const std::string& other) {
+void requireDistinct(const std::filesystem::path& one, const std::filesystem::path& other) {
     if (one.empty() || other.empty()) return;
     std::error_code error;
     if (std::filesystem::weakly_canonical(one, error) == std::filesystem::weakly_canonical(other, error))
-        throw UsageError(one + " is named for two outputs");
+        throw UsageError(platform::utf8From(one) + " is named for two outputs");
 }
 
-FileFormat requireFormat(const std::string& path) {
+FileFormat requireFormat(const std::filesystem::path& path) {
     try {
         return formatOf(path);
     } catch (const std::exception& error) {

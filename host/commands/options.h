@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -15,19 +16,23 @@ namespace mvrtpfec {
 
 inline constexpr std::uint16_t defaultMediaPort = 5004;
 
+/// A file's name, given by option or, without dashes, by place.
+CLI::Option* addPath(CLI::App& command, const std::string& name, std::filesystem::path& path,
+                     const std::string& help);
 void addMatrixOptions(CLI::App& command, MatrixConfig& matrix);
 void addPortOption(CLI::App& command, std::uint16_t& port);
 void addGuardOption(CLI::App& command, bool& guard);
-void addJsonOption(CLI::App& command, std::string& path);
+void addJsonOption(CLI::App& command, std::filesystem::path& path);
+void addModuleOption(CLI::App& command, std::filesystem::path& path);
 
 /// Throws UsageError with the composer's own message.
 void checkMatrix(const MatrixConfig& matrix);
 /// Throws FileError when a source has had no usable media.
-void requireMedia(std::uint64_t packets, const PacketSource& source, const std::string& path,
+void requireMedia(std::uint64_t packets, const PacketSource& source, const std::filesystem::path& path,
                   std::uint16_t port);
 /// Throws UsageError when two files to be written are one.
-void requireDistinct(const std::string& one, const std::string& other);
+void requireDistinct(const std::filesystem::path& one, const std::filesystem::path& other);
 /// Throws UsageError for a name whose extension tells no format.
-FileFormat requireFormat(const std::string& path);
+FileFormat requireFormat(const std::filesystem::path& path);
 
 }  // namespace mvrtpfec

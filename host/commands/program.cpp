@@ -7,8 +7,8 @@
 #include <fmt/format.h>
 
 #include "host/commands/commands.h"
-#include "host/commands/interruption.h"
-#include "host/io/output_file.h"
+#include "platform/signals.h"
+#include "platform/terminal.h"
 
 namespace mvrtpfec {
 
@@ -27,18 +27,25 @@ int answer(const CLI::App& app, const CLI::ParseError& error) {
     return complain(fmt::format("{} (--help tells more)", error.what()).c_str(), wrongUsage);
 }
 
-void requireKnownCommand(const CLI::App& app, int argc, char** argv) {
-    const std::string word = argc > 1 ? argv[1] : "--help-needed";
+void requireKnownCommand(const CLI::App& app, const std::vector<std::string>& arguments) {
+    const std::string word = arguments.size() > 1 ? arguments[1] : "--help-needed";
     const auto bearsIt = [&](const CLI::App* command) { return command->get_name() == word; };
     if (word.starts_with("-") || !app.get_subcommands(bearsIt).empty()) return;
     throw UsageError("there is no command '" + word + "' (--help tells more)");
 }
 
+/// As CLI11 takes them: from the back.
+std::vector<std::string> withoutName(const std::vector<std::string>& arguments) {
+    if (arguments.empty()) return {};
+    return {arguments.rbegin(), arguments.rend() - 1};
+}
+
 }  // namespace
 
-int runProgram(int argc, char** argv) {
-    ignoreWriteSignals();
-    watchForInterruption();
+int runProgram(const std::vector<std::string>& arguments) {
+    platform::useBinaryStandardStreams();
+    platform::ignoreWriteSignals();
+    platform::watchForInterruption();
 
     CLI::App app("Packet-level FEC for MPEG-2 transport streams over RTP.", "mvrtpfec");
     app.set_version_flag("--version", "mvrtpfec " MVRTPFEC_VERSION);
@@ -49,8 +56,8 @@ int runProgram(int argc, char** argv) {
     addSimulateCommand(app);
 
     try {
-        requireKnownCommand(app, argc, argv);
-        app.parse(argc, argv);
+        requireKnownCommand(app, arguments);
+        app.parse(withoutName(arguments));
         return done;
     } catch (const CLI::ParseError& error) {
         return answer(app, error);

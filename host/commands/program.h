@@ -1,8 +1,12 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 namespace mvrtpfec {
 
-/// The program mvrtpfec. Returns its exit status: 0 done, 1 failed, 2 wrong usage.
-int runProgram(int argc, char** argv);
+/// The program mvrtpfec with its command line in UTF-8, its own name first. Returns its exit status: 0 done,
+/// 1 failed, 2 wrong usage.
+int runProgram(const std::vector<std::string>& arguments);
 
 }  // namespace mvrtpfec

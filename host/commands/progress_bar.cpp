@@ -5,7 +5,8 @@
 #include <string>
 
 #include <fmt/format.h>
-#include <unistd.h>
+
+#include "platform/terminal.h"
 
 namespace mvrtpfec {
 
@@ -17,7 +18,7 @@ constexpr int width = 40;
 
 }  // namespace
 
-ProgressBar::ProgressBar() : terminal_(isatty(STDERR_FILENO) == 1), next_(Clock::now() + patience) {}
+ProgressBar::ProgressBar() : terminal_(platform::isErrorTerminal()), next_(Clock::now() + patience) {}
 
 ProgressBar::~ProgressBar() {
     if (shown_) std::fputs("\r\033[K", stderr);

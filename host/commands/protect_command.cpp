@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -12,15 +13,17 @@
 #include "host/graph/sender_branch.h"
 #include "host/io/packet_sink.h"
 #include "host/io/packet_source.h"
+#include "platform/utf8_path.h"
 
 namespace mvrtpfec {
 
 namespace {
 
 struct ProtectOptions {
-    std::string in;
-    std::string out;
+    std::filesystem::path in;
+    std::filesystem::path out;
     MatrixConfig matrix;
+    std::filesystem::path module;
     std::uint16_t port = defaultMediaPort;
 };
 
@@ -36,7 +39,7 @@ ProtectFigures protectStream(PacketSource& source, PacketSink& sink, const Prote
     ProtectFigures figures;
     Datagram media;
     Datagram fec;
-    FilterGraph graph;
+    FilterGraph graph(options.module);
     SenderBranch sender(graph, options.matrix, [&](StreamPort port, ConstRtpPacketView packet) {
         ++(port == StreamPort::fecA ? figures.fecA : figures.fecB);
         fec.port = port;
@@ -68,7 +71,8 @@ void runProtect(const ProtectOptions& options) {
     checkMatrix(options.matrix);
     requireFormat(options.in);
     if (requireFormat(options.out) == FileFormat::transportStream)
-        throw UsageError(options.out + ": a .ts file can't carry FEC packets; name a .pcap or .pcapng file");
+        throw UsageError(platform::utf8From(options.out) +
+                         ": a .ts file can't carry FEC packets; name a .pcap or .pcapng file");
 
     const auto source = openSource(options.in, options.port);
     const auto sink = openSink(options.out, options.port, source->addressing());
@@ -79,7 +83,8 @@ void runProtect(const ProtectOptions& options) {
                 {"FEC on FECB", std::to_string(figures.fecB)}};
     if (figures.passedOver > 0) table.emplace_back("not protected", std::to_string(figures.passedOver));
     addSourceRows(table, *source);
-    publish(fmt::format("{} -> {}", options.in, options.out), table, "", {}, "");
+    publish(fmt::format("{} -> {}", platform::utf8From(options.in), platform::utf8From(options.out)), table,
+            "", {}, "");
 }
 
 }  // namespace
@@ -87,10 +92,11 @@ void runProtect(const ProtectOptions& options) {
 void addProtectCommand(CLI::App& app) {
     const auto options = std::make_shared<ProtectOptions>();
     CLI::App* command = app.add_subcommand("protect", "Add FEC packets to the media of a file or capture");
-    command->add_option("IN", options->in, "Media to protect: .ts, .pcap or .pcapng")->required();
-    command->add_option("OUT", options->out, "Capture to write, media and FEC: .pcap or .pcapng")->required();
+    addPath(*command, "IN", options->in, "Media to protect: .ts, .pcap or .pcapng")->required();
+    addPath(*command, "OUT", options->out, "Capture to write, media and FEC: .pcap or .pcapng")->required();
     addMatrixOptions(*command, options->matrix);
     addPortOption(*command, options->port);
+    addModuleOption(*command, options->module);
     command->footer(
         "Examples:\n"
         "  mvrtpfec protect movie.ts movie.pcap --mode both --columns 10 --rows 10\n"

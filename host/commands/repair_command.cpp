@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -12,22 +13,24 @@
 #include "host/io/packet_source.h"
 #include "host/stages/repair_chain.h"
 #include "host/stages/repaired_output.h"
+#include "platform/utf8_path.h"
 
 namespace mvrtpfec {
 
 namespace {
 
 struct RepairOptions {
-    std::string in;
-    std::string out;
-    std::string json;
+    std::filesystem::path in;
+    std::filesystem::path out;
+    std::filesystem::path json;
+    std::filesystem::path module;
     std::uint16_t port = defaultMediaPort;
     bool guard = false;
 };
 
 /// Delivered packets bear the time of the packet that set them free, as a receiver would send them.
 RepairFigures repairStream(PacketSource& source, RepairedOutput& output, const RepairOptions& options) {
-    FilterGraph graph;
+    FilterGraph graph(options.module);
     RepairChain chain(graph, options.guard,
                       [&](ConstRtpPacketView packet, const Moment& moment) { output.write(packet, moment); });
     graph.run();
@@ -60,7 +63,8 @@ void runRepair(const RepairOptions& options) {
     Table table;
     addRows(table, figures);
     addSourceRows(table, *source);
-    publish(fmt::format("{} -> {}", options.in, options.out), table, "", toJson(figures), options.json);
+    publish(fmt::format("{} -> {}", platform::utf8From(options.in), platform::utf8From(options.out)), table,
+            "", toJson(figures), options.json);
 }
 
 }  // namespace
@@ -69,11 +73,12 @@ void addRepairCommand(CLI::App& app) {
     const auto options = std::make_shared<RepairOptions>();
     CLI::App* command =
         app.add_subcommand("repair", "Rebuild lost media packets of a capture from its FEC packets");
-    command->add_option("IN", options->in, "Capture of media and FEC: .pcap or .pcapng")->required();
-    command->add_option("OUT", options->out, "Repaired media to write: .ts, .pcap or .pcapng")->required();
+    addPath(*command, "IN", options->in, "Capture of media and FEC: .pcap or .pcapng")->required();
+    addPath(*command, "OUT", options->out, "Repaired media to write: .ts, .pcap or .pcapng")->required();
     addPortOption(*command, options->port);
     addGuardOption(*command, options->guard);
     addJsonOption(*command, options->json);
+    addModuleOption(*command, options->module);
     command->footer(
         "Examples:\n"
         "  mvrtpfec repair feed-fec.pcap repaired.ts --guard on\n"

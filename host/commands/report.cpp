@@ -12,7 +12,7 @@ namespace mvrtpfec {
 
 namespace {
 
-void writeJson(const nlohmann::ordered_json& json, const std::string& path) {
+void writeJson(const nlohmann::ordered_json& json, const std::filesystem::path& path) {
     const std::string text = json.dump(2) + "\n";
     OutputFile file(path == "-" ? "/dev/stdout" : path);
     file.write({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
@@ -61,7 +61,7 @@ void addSourceRows(Table& table, const PacketSource& source) {
 }
 
 void publish(const std::string& title, const Table& table, const std::string& verdict,
-             const nlohmann::ordered_json& json, const std::string& path) {
+             const nlohmann::ordered_json& json, const std::filesystem::path& path) {
     std::FILE* out = path == "-" ? stderr : stdout;
     fmt::print(out, "{}\n", title);
     for (const auto& [name, value] : table) fmt::print(out, "  {:<16} {:>10}\n", name, value);

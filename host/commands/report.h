@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,6 +23,6 @@ void addSourceRows(Table& table, const PacketSource& source);
 /// Prints the table, on standard error where the JSON has standard output for itself, and writes the
 /// JSON object where `path` says ("" nowhere, "-" standard output). Throws FileError.
 void publish(const std::string& title, const Table& table, const std::string& verdict,
-             const nlohmann::ordered_json& json, const std::string& path);
+             const nlohmann::ordered_json& json, const std::filesystem::path& path);
 
 }  // namespace mvrtpfec

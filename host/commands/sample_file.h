@@ -4,8 +4,8 @@
 
 namespace mvrtpfec {
 
-/// The sample stream that comes with the program: where it is installed, or in the source tree it was
-/// built from. Throws std::runtime_error when it is in neither place.
+/// The sample stream that comes with the program, in ../share/mvrtpfec from the program's folder, in a
+/// build tree too. Throws std::runtime_error when it isn't there.
 std::filesystem::path findSample();
 
 }  // namespace mvrtpfec

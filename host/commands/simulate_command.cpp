@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -25,11 +26,12 @@ namespace {
 constexpr double maxSeed = 0x1p53;
 
 struct SimulateOptions {
-    std::string in;
-    std::string output;
-    std::string json;
+    std::filesystem::path in;
+    std::filesystem::path output;
+    std::filesystem::path json;
     MatrixConfig matrix;
     ChannelConfig channel;
+    std::filesystem::path module;
     std::uint16_t port = defaultMediaPort;
     bool guard = true;
 };
@@ -49,7 +51,7 @@ struct SimulateFigures {
 SimulateFigures simulateStream(PacketSource& source, RepairedOutput* output, const SimulateOptions& options) {
     SentHistory history;
     Moment moment;
-    FilterGraph graph;
+    FilterGraph graph(options.module);
     RepairChain receiver(graph, options.guard, [&](ConstRtpPacketView packet, const Moment& freed) {
         history.check(packet);
         if (output != nullptr) output->write(packet, freed);
@@ -158,20 +160,21 @@ void addChannelOptions(CLI::App& command, ChannelConfig& channel) {
 void addSimulateCommand(CLI::App& app) {
     const auto options = std::make_shared<SimulateOptions>();
     CLI::App* command = app.add_subcommand("simulate", "Send a stream through a lossy channel and repair it");
-    command->add_option("IN", options->in, "Media: .ts, .pcap or .pcapng; left out: a sample of our own");
+    addPath(*command, "IN", options->in, "Media: .ts, .pcap or .pcapng; left out: a sample of our own");
     addMatrixOptions(*command, options->matrix);
     addChannelOptions(*command, options->channel);
     addPortOption(*command, options->port);
     addGuardOption(*command, options->guard);
-    command->add_option("--output", options->output, "Write the repaired stream: .ts, .pcap or .pcapng")
+    addPath(*command, "--output", options->output, "Write the repaired stream: .ts, .pcap or .pcapng")
         ->type_name("FILE");
     addJsonOption(*command, options->json);
+    addModuleOption(*command, options->module);
     command->footer(
         "Examples:\n"
         "  mvrtpfec simulate --mode both --columns 10 --rows 10 --loss 0.03\n"
         "  mvrtpfec simulate movie.ts --mode row --columns 8 --rows 4 --burst 5 --seed 7 --output out.ts");
     command->callback([command, options] {
-        if (command->count("IN") == 0) options->in = findSample().string();
+        if (command->count("IN") == 0) options->in = findSample();
         if (command->count("--fec-loss") == 0) options->channel.fecLoss = options->channel.loss;
         runSimulate(*options);
     });

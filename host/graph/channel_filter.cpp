@@ -1,7 +1,7 @@
 #include "host/graph/channel_filter.h"
 
 #include "framework/guarded_entry.h"
-#include "host/graph/filter_graph.h"
+#include "host/graph/graph_error.h"
 
 namespace mvrtpfec {
 

@@ -1,6 +1,6 @@
 #include "host/graph/filter_graph.h"
 
-#include "support/com_exception.h"
+#include "host/graph/graph_error.h"
 
 namespace mvrtpfec {
 
@@ -21,11 +21,7 @@ CComPtr<IPin> pinOf(IBaseFilter* filter, PIN_DIRECTION wanted, std::size_t index
 
 }  // namespace
 
-void requireGraph(HRESULT result, const std::string& action) {
-    if (FAILED(result)) throw GraphError(action + ": " + mvn::COMException(result).what());
-}
-
-FilterGraph::FilterGraph() {
+FilterGraph::FilterGraph(const std::filesystem::path& module) : filters_(module) {
     requireGraph(platform::createFilterGraph(&graph_), "a filter graph can't be created");
     control_ = queryFor<IMediaControl>(graph_, IID_IMediaControl);
     const auto filter = queryFor<IMediaFilter>(graph_, IID_IMediaFilter);

@@ -1,34 +1,30 @@
 #pragma once
 
 #include <cstddef>
-#include <stdexcept>
-#include <string>
+#include <filesystem>
 
 #include "framework/base/com_ptr.h"
+#include "host/graph/module_filters.h"
+#include "platform/component_runtime.h"
 #include "platform/media_graph.h"
 
 namespace mvrtpfec {
 
-/// The filter graph could not be built or run.
-class GraphError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-/// Throws GraphError for a failed result: "ACTION: COM Error CODE: TEXT".
-void requireGraph(HRESULT result, const std::string& action);
-
-/// Owns a filter graph that runs without a clock, as fast as its packets come. One thread.
+/// Owns a filter graph that runs without a clock, as fast as its packets come, and what makes the module's
+/// filters for it. One thread. Everything but stop() throws GraphError.
 ///
 /// Filters are added and connected first; what a filter calls back must outlive the running graph, so whoever
 /// hands a callback to a filter calls stop() before it goes.
 class FilterGraph {
 public:
-    FilterGraph();
+    /// The module is named as for ModuleFilters.
+    explicit FilterGraph(const std::filesystem::path& module = {});
     ~FilterGraph();
 
     FilterGraph(const FilterGraph&) = delete;
     FilterGraph& operator=(const FilterGraph&) = delete;
+
+    ModuleFilters& filters() { return filters_; }
 
     void add(IBaseFilter* filter, LPCWSTR name);
     /// Pins are counted by direction, from 0.
@@ -39,6 +35,10 @@ public:
     void stop() noexcept;
 
 private:
+    // From the last to go on: nothing of the module's is left when it is unloaded, nor of the system's when
+    // its runtime is left.
+    platform::ComponentRuntime runtime_;
+    ModuleFilters filters_;
     CComPtr<IGraphBuilder> graph_;
     CComPtr<IMediaControl> control_;
 };

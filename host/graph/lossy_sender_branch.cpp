@@ -3,7 +3,7 @@
 #include <memory>
 #include <utility>
 
-#include "host/graph/module_filters.h"
+#include "host/graph/graph_error.h"
 #include "platform/wide_literal.h"
 
 namespace mvrtpfec {
@@ -25,7 +25,7 @@ LossySenderBranch::LossySenderBranch(FilterGraph& graph, const MatrixConfig& mat
           ChannelFilter::pinCount, [output = std::move(output)](std::size_t pin, ConstRtpPacketView packet) {
               output(static_cast<StreamPort>(pin), packet);
           })) {
-    const auto sender = createSenderFilter(matrix);
+    const auto sender = graph.filters().createSender(matrix);
     graph_.add(source_, "Media"_w);
     graph_.add(sender, "Sender"_w);
     graph_.add(channel_, "Network"_w);

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "host/graph/filter_graph.h"
+#include "host/graph/graph_error.h"
 
 namespace mvrtpfec {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "host/graph/module_filters.h"
+#include "host/graph/graph_error.h"
 #include "platform/wide_literal.h"
 
 namespace mvrtpfec {
@@ -18,7 +18,7 @@ ReceiverBranch::ReceiverBranch(FilterGraph& graph, Output output)
           inFlight_->readMoment(delivered_);
           output_(packet, delivered_);
       })) {
-    const auto receiver = createReceiverFilter();
+    const auto receiver = graph.filters().createReceiver();
     totals_ = queryFor<IRtpFecInTotals>(receiver, IID_IRtpFecInTotals);
     if (!totals_) throw GraphError("the receiver filter doesn't count");
     graph_.add(source_, "Received"_w);

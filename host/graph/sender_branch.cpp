@@ -3,7 +3,7 @@
 #include <memory>
 #include <utility>
 
-#include "host/graph/module_filters.h"
+#include "host/graph/graph_error.h"
 #include "platform/wide_literal.h"
 
 namespace mvrtpfec {
@@ -17,7 +17,7 @@ SenderBranch::SenderBranch(FilterGraph& graph, const MatrixConfig& matrix, Outpu
           PacketSinkFilter::create(2, [output = std::move(output)](std::size_t pin, ConstRtpPacketView fec) {
               output(pin == 0 ? StreamPort::fecA : StreamPort::fecB, fec);
           })) {
-    const auto sender = createSenderFilter(matrix);
+    const auto sender = graph.filters().createSender(matrix);
     graph_.add(source_, "Media"_w);
     graph_.add(sender, "Sender"_w);
     graph_.add(sink_, "FEC"_w);

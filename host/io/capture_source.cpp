@@ -50,10 +50,15 @@ std::optional<StreamPort> streamPortOf(std::uint16_t destinationPort, std::uint1
     return std::nullopt;
 }
 
+/// Where seconds have but 32 bits, those of a capture are without sign.
+std::int64_t secondsOf(const timeval& stamp) {
+    return sizeof stamp.tv_sec > 4 ? std::int64_t{stamp.tv_sec} : static_cast<std::uint32_t>(stamp.tv_sec);
+}
+
 /// A broken file may hold any number of seconds; 64 bits of nanoseconds end in the year 2262.
 std::chrono::nanoseconds timeOf(const timeval& stamp) {
     constexpr std::int64_t latest = 9'000'000'000;
-    const std::int64_t seconds = std::clamp<std::int64_t>(stamp.tv_sec, 0, latest);
+    const std::int64_t seconds = std::clamp<std::int64_t>(secondsOf(stamp), 0, latest);
     const std::int64_t fraction = std::clamp<std::int64_t>(stamp.tv_usec, 0, 999'999'999);
     return std::chrono::seconds(seconds) + std::chrono::nanoseconds(fraction);
 }

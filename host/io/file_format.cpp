@@ -3,6 +3,7 @@
 #include <string>
 
 #include "host/io/file_error.h"
+#include "platform/utf8_path.h"
 
 namespace mvrtpfec {
 
@@ -17,7 +18,7 @@ std::string lowerCase(std::string text) {
 }  // namespace
 
 FileFormat formatOf(const std::filesystem::path& path) {
-    const std::string extension = lowerCase(path.extension().string());
+    const std::string extension = lowerCase(platform::utf8From(path.extension()));
     if (extension == ".ts") return FileFormat::transportStream;
     if (extension == ".pcap") return FileFormat::pcap;
     if (extension == ".pcapng") return FileFormat::pcapng;

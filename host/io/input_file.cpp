@@ -1,11 +1,11 @@
 #include "host/io/input_file.h"
 
 #include <cerrno>
+#include <system_error>
 #include <utility>
 
-#include <sys/stat.h>
-
 #include "host/io/file_error.h"
+#include "platform/files.h"
 
 namespace mvrtpfec {
 
@@ -25,11 +25,11 @@ void refuseEmpty(std::FILE* stream, const std::filesystem::path& path) {
 }  // namespace
 
 InputFile::InputFile(std::filesystem::path path)
-    : path_(std::move(path)), stream_(std::fopen(path_.c_str(), "rb")) {
+    : path_(std::move(path)), stream_(platform::openForReading(path_)) {
     if (!stream_) throw FileError(path_, "cannot open", errno);
-    struct stat status {};
-    if (fstat(fileno(stream_.get()), &status) == 0 && S_ISREG(status.st_mode))
-        size_ = static_cast<double>(status.st_size);
+    std::error_code error;
+    if (std::filesystem::is_regular_file(path_, error))
+        size_ = static_cast<double>(std::filesystem::file_size(path_, error));
     refuseEmpty(stream_.get(), path_);
 }
 
@@ -38,7 +38,7 @@ InputFile::InputFile(std::FILE* stream, std::filesystem::path path)
 
 double InputFile::progress(std::FILE* stream) const {
     if (size_ <= 0) return 0;
-    const double read = static_cast<double>(ftello(stream)) / size_;
+    const double read = static_cast<double>(platform::positionOf(stream)) / size_;
     return read < 1 ? read : 1;
 }
 

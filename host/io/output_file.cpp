@@ -3,20 +3,20 @@
 #include <atomic>
 #include <cerrno>
 #include <charconv>
-#include <csignal>
-#include <cstdio>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "host/io/file_error.h"
+#include "platform/files.h"
+#include "platform/process.h"
+#include "platform/utf8_path.h"
 
 namespace mvrtpfec {
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -25,8 +25,8 @@ constexpr std::size_t bufferSize = 64 * 1024;
 /// The descriptor that a /dev path stands for. Opening such a path again would start at the beginning
 /// of a file that the shell appends to, so these are duplicated instead.
 std::optional<int> descriptorNamed(std::string_view path) {
-    if (path == "/dev/stdout") return STDOUT_FILENO;
-    if (path == "/dev/stderr") return STDERR_FILENO;
+    if (path == "/dev/stdout") return 1;
+    if (path == "/dev/stderr") return 2;
     for (const std::string_view folder : {"/dev/fd/", "/proc/self/fd/"}) {
         if (!path.starts_with(folder)) continue;
         const std::string_view digits = path.substr(folder.size());
@@ -38,62 +38,53 @@ std::optional<int> descriptorNamed(std::string_view path) {
 }
 
 /// Follows links up to a path that stands for a descriptor, or to the end, existing or not.
-std::filesystem::path followed(std::filesystem::path path) {
+fs::path followed(fs::path path) {
     constexpr int maxLinks = 40;
-    std::error_code error;
-    for (int i = 0; i < maxLinks && !descriptorNamed(path.string()); ++i) {
-        const std::filesystem::path link = std::filesystem::read_symlink(path, error);
-        if (error) break;
-        path = path.parent_path() / link;
+    for (int i = 0; i < maxLinks && !descriptorNamed(platform::utf8From(path)); ++i) {
+        std::optional<fs::path> target = platform::linkTarget(path);
+        if (!target) break;
+        path = std::move(*target);
     }
     return path;
 }
 
 std::string temporaryName() {
     static std::atomic<unsigned> count = 0;
-    return ".mvrtpfec-" + std::to_string(getpid()) + "-" + std::to_string(count++) + ".part";
+    return ".mvrtpfec-" + std::to_string(platform::processId()) + "-" + std::to_string(count++) + ".part";
 }
 
 }  // namespace
 
-void ignoreWriteSignals() {
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
-}
-
-OutputFile::OutputFile(std::filesystem::path path) : path_(std::move(path)) {
+OutputFile::OutputFile(fs::path path) : path_(std::move(path)) {
     buffer_.reserve(bufferSize);
-    struct stat old {};
-    const bool exists = stat(path_.c_str(), &old) == 0;
+    std::error_code error;
+    const fs::file_status old = fs::status(path_, error);
     target_ = followed(path_);
-    if (const std::optional<int> given = descriptorNamed(target_.string())) {
-        descriptor_ = fcntl(*given, F_DUPFD_CLOEXEC, 0);
-        if (descriptor_ < 0) fail("cannot open for writing");
-    } else if (exists && !S_ISREG(old.st_mode)) {
-        openDirectly(path_.c_str());
-    } else {
-        openBeside(exists ? old.st_mode : 0);
-    }
-}
-
-void OutputFile::openDirectly(const char* name) {
-    descriptor_ = open(name, O_WRONLY | O_CLOEXEC);
+    if (const std::optional<int> given = descriptorNamed(platform::utf8From(target_)))
+        descriptor_ = platform::duplicateDescriptor(*given);
+    else if (platform::namesDevice(path_) || (fs::exists(old) && !fs::is_regular_file(old)))
+        descriptor_ = platform::openForWriting(path_);
+    else
+        openBeside(old);
     if (descriptor_ < 0) fail("cannot open for writing");
 }
 
-/// `modeOfOld` is that of the file to be replaced, 0 when there is none.
-void OutputFile::openBeside(mode_t modeOfOld) {
-    if (modeOfOld != 0 && access(path_.c_str(), W_OK) != 0) fail("cannot open for writing");
-    const std::filesystem::path name = target_.parent_path() / temporaryName();
-    descriptor_ = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+/// `old` is the file to be replaced, if there is one.
+void OutputFile::openBeside(const fs::file_status& old) {
+    const bool replaces = fs::exists(old);
+    if (replaces && !platform::mayWrite(path_)) fail("cannot open for writing");
+    const fs::path name = target_.parent_path() / temporaryName();
+    descriptor_ = platform::createForWriting(name);
     if (descriptor_ < 0) fail("cannot create");
     temporary_ = name;
-    if (modeOfOld != 0) static_cast<void>(fchmod(descriptor_, modeOfOld & 0777));
+    std::error_code ignored;
+    if (replaces) fs::permissions(temporary_, old.permissions() & fs::perms(0777), ignored);
 }
 
 OutputFile::~OutputFile() {
-    if (descriptor_ >= 0) close(descriptor_);
-    if (!temporary_.empty()) unlink(temporary_.c_str());
+    if (descriptor_ >= 0) platform::closeDescriptor(descriptor_);
+    std::error_code ignored;
+    if (!temporary_.empty()) fs::remove(temporary_, ignored);
 }
 
 void OutputFile::write(std::span<const std::uint8_t> bytes) {
@@ -104,7 +95,7 @@ void OutputFile::write(std::span<const std::uint8_t> bytes) {
 void OutputFile::flush() {
     std::span<const std::uint8_t> rest(buffer_);
     while (!rest.empty()) {
-        const ssize_t written = ::write(descriptor_, rest.data(), rest.size());
+        const std::ptrdiff_t written = platform::writeSome(descriptor_, rest);
         if (written >= 0)
             rest = rest.subspan(static_cast<std::size_t>(written));
         else if (errno != EINTR)
@@ -115,9 +106,11 @@ void OutputFile::flush() {
 
 void OutputFile::finish() {
     flush();
-    if (close(std::exchange(descriptor_, -1)) != 0) fail("cannot write");
+    if (!platform::closeDescriptor(std::exchange(descriptor_, -1))) fail("cannot write");
     if (temporary_.empty()) return;
-    if (std::rename(temporary_.c_str(), target_.c_str()) != 0) fail("cannot put in place");
+    std::error_code error;
+    fs::rename(temporary_, target_, error);
+    if (error) throw FileError(path_, "cannot put in place", error.default_error_condition().value());
     temporary_.clear();
 }
 

@@ -5,21 +5,15 @@
 #include <span>
 #include <vector>
 
-#include <sys/types.h>
-
 namespace mvrtpfec {
-
-/// Makes this process see a closed pipe and a file size limit as errors of the write, not as a signal
-/// that ends it.
-void ignoreWriteSignals();
 
 /// A file being written. A regular file comes to life under a temporary name in the same directory,
 /// ".mvrtpfec-PID-N.part", and takes its own name in finish(); until then a file that was there before
 /// stays as it was. Devices, FIFOs and paths such as /dev/stdout are written directly.
 ///
 /// Writes are gathered in a buffer. Every failure is a FileError that names the file asked for and the
-/// system's reason; to get one for a closed pipe or a file size limit too, opening a file makes the whole
-/// process ignore SIGPIPE and SIGXFSZ. A killed process leaves its temporary file. One thread.
+/// system's reason; for a closed pipe or a file size limit too where the process ignores their signals
+/// (platform/signals.h). A killed process leaves its temporary file. One thread.
 class OutputFile {
 public:
     explicit OutputFile(std::filesystem::path path);
@@ -35,8 +29,7 @@ public:
     void finish();
 
 private:
-    void openDirectly(const char* name);
-    void openBeside(mode_t modeOfOld);
+    void openBeside(const std::filesystem::file_status& old);
     void flush();
     [[noreturn]] void fail(const char* action) const;
 

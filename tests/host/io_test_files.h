@@ -8,9 +8,9 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include "host/io/file_error.h"
+#include "platform/process.h"
 
 namespace mvrtpfec {
 
@@ -20,9 +20,12 @@ using Bytes = std::vector<std::uint8_t>;
 class FileTest : public testing::Test {
 protected:
     FileTest() {
-        std::string name = std::filesystem::temp_directory_path() / "mvrtpfec-test-XXXXXX";
-        if (mkdtemp(name.data()) == nullptr) throw FileError(name, "cannot create");
-        folder_ = name;
+        static int count = 0;
+        const std::string name =
+            "mvrtpfec-test-" + std::to_string(platform::processId()) + "-" + std::to_string(count++);
+        folder_ = std::filesystem::temp_directory_path() / name;
+        std::filesystem::remove_all(folder_);
+        std::filesystem::create_directory(folder_);
     }
     ~FileTest() override { std::filesystem::remove_all(folder_); }
 
@@ -54,8 +57,8 @@ std::string errorOf(Action action) {
         action();
     } catch (const FileError& error) {
         const std::string message = error.what();
-        const std::size_t nameEnd = message.find(':');
-        return message.substr(message.rfind('/', nameEnd) + 1);
+        const std::size_t nameEnd = message.find(": ");
+        return message.substr(message.find_last_of("/\\", nameEnd) + 1);
     }
     return "no error";
 }

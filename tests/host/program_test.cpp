@@ -6,6 +6,7 @@
 
 #include "host/io/packet_sink.h"
 #include "host/io/packet_source.h"
+#include "platform/utf8_path.h"
 #include "tests/host/program_run.h"
 
 namespace mvrtpfec {
@@ -174,7 +175,7 @@ TEST_F(ProgramTest, WrongUsageIsRefusedWithTheReasonAndStatusTwo) {
         {"repair in.pcap out.ts --port 70000", "--port"},
         {"repair in.pcap out.ts --json out.ts", "named for two outputs"},
         {"simulate in.ts --mode row --columns 5 --rows 5 --seed -1", "--seed"},
-        {"simulate '' --mode row --columns 5 --rows 5", "must end in"},
+        {"simulate \"\" --mode row --columns 5 --rows 5", "must end in"},
         {"protct in.ts out.pcap", "no command 'protct'"},
         {"", "subcommand"},
     };
@@ -207,7 +208,48 @@ TEST_F(Protected, BrokenFilesGiveOneLineThatNamesThemAndLeaveNoOutput) {
               std::string::npos);
     EXPECT_EQ(fileCount(), before);
     EXPECT_EQ(run("repair fec.pcap nowhere/out.ts").status, 1);
-    EXPECT_EQ(run("repair fec.pcap out.ts --json /dev/full").status, 1);
+}
+
+TEST_F(Protected, FileNamesMayBeInAnyScript) {
+    protect();
+    const std::string in = "t\u00f6st.pcap";
+    const std::string out = "\u03a9 \u0436.ts";
+    std::filesystem::rename(pathOf("fec.pcap"), pathOf("") / platform::pathFromUtf8(in));
+    const Outcome result = run("repair " + in + " \"" + out + "\"");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(result.text.starts_with(in + " -> " + out + "\n")) << result.text;
+    EXPECT_TRUE(std::filesystem::exists(pathOf("") / platform::pathFromUtf8(out)));
+}
+
+TEST_F(ProgramTest, FiltersComeFromTheModuleThatIsNamed) {
+    const std::string simulate = "simulate --mode both --columns 5 --rows 5 --seed 3 --json figures.json ";
+    const auto module = program().replace_filename("MVRtpFec.ax");
+    std::filesystem::copy_file(module, pathOf("own.ax"));
+    store("broken.ax", Bytes(99, 'x'));
+    EXPECT_EQ(run(simulate + "--module own.ax").text, run(simulate).text);
+    for (const std::string name : {"broken.ax", "missing.ax"}) {
+        const Outcome result = run(simulate + "--module " + name);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_NE(result.text.find(name), std::string::npos) << result.text;
+        EXPECT_EQ(std::count(result.text.begin(), result.text.end(), '\n'), 1) << result.text;
+    }
+}
+
+TEST_F(ProgramTest, ProgramWithoutModuleSaysWhatToDo) {
+    const auto alone = pathOf("bin");
+    std::filesystem::create_directory(alone);
+    const auto copy = alone / program().filename();
+    std::filesystem::copy_file(program(), copy);
+    store("in.ts", sample());
+    const std::string simulate = "simulate in.ts --mode both --columns 5 --rows 5";
+    const Outcome lost = runProcess(copy, simulate, pathOf(""));
+    EXPECT_EQ(lost.status, 1);
+    EXPECT_NE(lost.text.find("name it with --module"), std::string::npos) << lost.text;
+
+    const auto packaged = pathOf("lib") / "mvrtpfec";
+    std::filesystem::create_directories(packaged);
+    std::filesystem::copy_file(program().replace_filename("MVRtpFec.ax"), packaged / "MVRtpFec.ax");
+    EXPECT_EQ(runProcess(copy, simulate, pathOf("")).status, 0);
 }
 
 TEST_F(ProgramTest, HelpAndVersionAreAnswered) {

@@ -36,7 +36,7 @@ protected:
         if (child == 0) {
             close(STDOUT_FILENO);
             static_cast<void>(open("/dev/null", O_WRONLY));
-            execl(MVRTPFEC_PROGRAM, "mvrtpfec", "repair", in.c_str(), out.c_str(), "--guard", "on", nullptr);
+            execl(program().c_str(), "mvrtpfec", "repair", in.c_str(), out.c_str(), "--guard", "on", nullptr);
             _exit(127);
         }
         int status = -1;
@@ -52,6 +52,12 @@ TEST_F(ProgramMemory, DoesNotGrowWithTheCapture) {
     protectLong(2, "short.pcap");
     protectLong(20, "long.pcap");
     EXPECT_LT(repairPeak("long.pcap"), repairPeak("short.pcap") + 1024);
+}
+
+TEST_F(ProgramTest, FullDeviceFailsTheRun) {
+    const Outcome result = run("simulate --mode both --columns 5 --rows 5 --json /dev/full");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.text.find("No space left on device"), std::string::npos) << result.text;
 }
 
 }  // namespace

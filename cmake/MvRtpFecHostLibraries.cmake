@@ -1,0 +1,39 @@
+# The libraries under the host: fmt::fmt, CLI11::CLI11, nlohmann_json::nlohmann_json and PkgConfig::PCAP.
+
+if(NOT CMAKE_CROSSCOMPILING)
+  find_package(PkgConfig REQUIRED)
+  pkg_check_modules(PCAP REQUIRED IMPORTED_TARGET libpcap)
+  find_package(fmt REQUIRED)
+  find_package(CLI11 REQUIRED)
+  find_package(nlohmann_json REQUIRED GLOBAL)
+  return()
+endif()
+
+# mvrtpfec_headers(TARGET FOLDER)
+# A library of headers alone, the same for every target system: Debian's own, made visible by a link so that
+# nothing else of /usr/include is.
+function(mvrtpfec_headers target folder)
+  if(NOT EXISTS "/usr/include/${folder}")
+    message(FATAL_ERROR "/usr/include/${folder} is missing: install its Debian package")
+  endif()
+  set(headers "${CMAKE_BINARY_DIR}/headers/${folder}")
+  file(MAKE_DIRECTORY "${headers}")
+  file(CREATE_LINK "/usr/include/${folder}" "${headers}/${folder}" SYMBOLIC)
+  add_library(${target} INTERFACE IMPORTED GLOBAL)
+  target_include_directories(${target} INTERFACE "${headers}")
+endfunction()
+
+mvrtpfec_headers(fmt::fmt fmt)
+target_compile_definitions(fmt::fmt INTERFACE FMT_HEADER_ONLY)
+mvrtpfec_headers(CLI11::CLI11 CLI)
+mvrtpfec_headers(nlohmann_json::nlohmann_json nlohmann)
+
+set(MVRTPFEC_LIBPCAP "${PROJECT_SOURCE_DIR}/build/windows-libpcap" CACHE PATH
+    "Where libpcap for the target system is, or is put by scripts/windows_libpcap.sh")
+execute_process(COMMAND "${PROJECT_SOURCE_DIR}/scripts/windows_libpcap.sh" "${MVRTPFEC_LIBPCAP}"
+                COMMAND_ERROR_IS_FATAL ANY)
+add_library(PkgConfig::PCAP STATIC IMPORTED GLOBAL)
+set_target_properties(PkgConfig::PCAP PROPERTIES
+  IMPORTED_LOCATION "${MVRTPFEC_LIBPCAP}/lib/libpcap.a"
+  INTERFACE_INCLUDE_DIRECTORIES "${MVRTPFEC_LIBPCAP}/include"
+  INTERFACE_LINK_LIBRARIES ws2_32)

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+#include <span>
+
+// Files as the C runtime has them, which std::filesystem doesn't open: in binary mode, named by paths in any
+// script, not inherited by child processes. Failures are told as the runtime does: null, -1 or false, with
+// the reason in errno.
+
+namespace platform {
+
+std::FILE* openForReading(const std::filesystem::path& path) noexcept;
+/// Where the next read begins, in bytes from the start.
+std::int64_t positionOf(std::FILE* stream) noexcept;
+
+/// A descriptor for what is there already, whose content stays: a device, a pipe.
+int openForWriting(const std::filesystem::path& path) noexcept;
+/// A descriptor for a new file; EEXIST when there is one.
+int createForWriting(const std::filesystem::path& path) noexcept;
+/// Another descriptor for what an open one stands for, position included.
+int duplicateDescriptor(int descriptor) noexcept;
+/// How many of the bytes were taken.
+std::ptrdiff_t writeSome(int descriptor, std::span<const std::uint8_t> bytes) noexcept;
+bool closeDescriptor(int descriptor) noexcept;
+
+/// Whether a name stands for a device by itself, which std::filesystem doesn't tell: NUL, CON or a pipe on
+/// Windows.
+bool namesDevice(const std::filesystem::path& path);
+
+/// Whether this user may write to an existing file.
+bool mayWrite(const std::filesystem::path& path) noexcept;
+
+/// Where a link leads, one step or all the way; nothing for a path that is no link.
+std::optional<std::filesystem::path> linkTarget(const std::filesystem::path& path);
+
+}  // namespace platform

@@ -1,0 +1,19 @@
+#pragma once
+
+// What users and the system send a process to end it.
+
+namespace platform {
+
+/// Makes this process see a closed pipe and a file size limit as errors of the write, not as a signal that
+/// ends it.
+void ignoreWriteSignals() noexcept;
+
+/// From here on SIGINT and SIGTERM, on Windows Ctrl-C, Ctrl-Break and the closing of the console, are
+/// remembered; a second one ends the process at once. A read or write that waits at that moment fails.
+/// The thread that calls is the one that reads and writes.
+void watchForInterruption() noexcept;
+
+/// Whether one has come. Any thread.
+bool wasInterrupted() noexcept;
+
+}  // namespace platform

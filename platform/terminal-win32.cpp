@@ -1,0 +1,20 @@
+#include <fcntl.h>
+#include <io.h>
+
+#include "platform/terminal.h"
+#include "platform/types.h"
+
+namespace platform {
+
+void useBinaryStandardStreams() noexcept {
+    for (int descriptor = 0; descriptor <= 2; ++descriptor) _setmode(descriptor, _O_BINARY);
+}
+
+bool isErrorTerminal() noexcept {
+    const HANDLE error = GetStdHandle(STD_ERROR_HANDLE);
+    DWORD mode = 0;
+    return GetConsoleMode(error, &mode) != 0 &&
+           SetConsoleMode(error, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+}
+
+}  // namespace platform
