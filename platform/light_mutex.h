@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cstdint>
 
+#include "platform/types.h"
+
 namespace platform {
 
 /// A mutex for sections of a few instructions on the road of every sample: two atomic operations in line when
@@ -16,6 +18,24 @@ public:
 
     LightMutex(const LightMutex&) = delete;
     LightMutex& operator=(const LightMutex&) = delete;
+
+#ifdef _WIN32
+
+    // Not of std::atomic's waits, which lose wake-ups where the runtime makes them of condition variables.
+    void lock() noexcept {
+        AcquireSRWLockExclusive(&lock_);
+    }
+    bool try_lock() noexcept {
+        return TryAcquireSRWLockExclusive(&lock_) != FALSE;
+    }
+    void unlock() noexcept {
+        ReleaseSRWLockExclusive(&lock_);
+    }
+
+private:
+    SRWLOCK lock_ = SRWLOCK_INIT;
+
+#else
 
     void lock() noexcept {
         if (!try_lock()) lockContended();
@@ -44,6 +64,8 @@ private:
     }
 
     std::atomic<State> state_{open};
+
+#endif
 };
 
 }  // namespace platform

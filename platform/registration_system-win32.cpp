@@ -8,11 +8,6 @@ HKEY handleOf(RegistryKey key) noexcept {
     return key == nullptr ? HKEY_CLASSES_ROOT : static_cast<HKEY>(key);
 }
 
-DWORD opened(LSTATUS status, HKEY handle, RegistryKey* key) noexcept {
-    *key = handle;
-    return static_cast<DWORD>(status);
-}
-
 class SystemRegistration final : public RegistrationSystem {
 public:
     DWORD moduleFileName(ModuleHandle module, std::span<char> path) override {
@@ -23,13 +18,17 @@ public:
 
     DWORD createKey(RegistryKey parent, const char* name, RegistryKey* key) override {
         HKEY handle = nullptr;
-        return opened(RegCreateKeyA(handleOf(parent), name, &handle), handle, key);
+        const LSTATUS status = RegCreateKeyA(handleOf(parent), name, &handle);
+        *key = handle;
+        return static_cast<DWORD>(status);
     }
 
     DWORD openKey(RegistryKey parent, const char* name, RegistryKey* key) override {
         HKEY handle = nullptr;
         constexpr REGSAM access = KEY_READ | KEY_WRITE;
-        return opened(RegOpenKeyExA(handleOf(parent), name, 0, access, &handle), handle, key);
+        const LSTATUS status = RegOpenKeyExA(handleOf(parent), name, 0, access, &handle);
+        *key = handle;
+        return static_cast<DWORD>(status);
     }
 
     DWORD setValue(RegistryKey key, const char* name, const char* text) override {
@@ -58,11 +57,13 @@ public:
     }
 };
 
+// No static inside the function: what guards one stays behind when the module is unloaded.
+SystemRegistration systemRegistration;
+
 }  // namespace
 
 RegistrationSystem& registrationSystem() noexcept {
-    static SystemRegistration system;
-    return system;
+    return systemRegistration;
 }
 
 }  // namespace platform

@@ -3,6 +3,7 @@
 // system gives none.
 
 #include "framework/base/atl_exception.h"
+#include "platform/turn_taking.h"
 
 namespace mvrtpfec {
 
@@ -52,11 +53,12 @@ public:
     CCriticalSection(const CCriticalSection&) = delete;
     CCriticalSection& operator=(const CCriticalSection&) = delete;
 
-    void Lock() noexcept { EnterCriticalSection(&section_); }
+    void Lock() noexcept { turns_.enter(section_); }
     void Unlock() noexcept { LeaveCriticalSection(&section_); }
 
 private:
     CRITICAL_SECTION section_;
+    platform::TurnTaking turns_;
 };
 
 }  // namespace mvrtpfec

@@ -126,8 +126,7 @@ STDMETHODIMP CBaseAllocator::Decommit() {
         collectLocked();
         decommitPending_ = out_ > 0;
         if (!decommitPending_) Free();
-        ++wakeUps_;
-        wakeUps_.notify_all();
+        wakeUps_.wakeAll();
     }
     return S_OK;
 }
@@ -170,9 +169,9 @@ HRESULT CBaseAllocator::waitForSample(std::unique_lock<platform::LightMutex>& lo
 }
 
 void CBaseAllocator::sleep(std::unique_lock<platform::LightMutex>& lock) noexcept {
-    const std::uint32_t seen = wakeUps_;
+    const std::uint32_t seen = wakeUps_.seen();
     lock.unlock();
-    wakeUps_.wait(seen);
+    wakeUps_.waitPast(seen);
     lock.lock();
 }
 
@@ -216,10 +215,7 @@ void CBaseAllocator::giveBackLocked(CMediaSample& sample) noexcept {
         last = orphaned_ && out_ == 0;
         callback = notify_;
         // Told under the lock: without it, who has been told may already have destroyed the allocator.
-        if (waiting_ > 0) {
-            ++wakeUps_;
-            wakeUps_.notify_one();
-        }
+        if (waiting_ > 0) wakeUps_.wakeOne();
         if (decommitPending_ && out_ == 0) {
             decommitPending_ = false;
             Free();

@@ -10,6 +10,7 @@
 #include "framework/base/unknown.h"
 #include "framework/samples/media_sample.h"
 #include "platform/light_mutex.h"
+#include "platform/wake_count.h"
 
 namespace mvrtpfec {
 
@@ -81,7 +82,7 @@ private:
     CMediaSample& popLocked() noexcept;
 
     mutable platform::LightMutex mutex_;
-    std::atomic<std::uint32_t> wakeUps_{0};
+    platform::WakeCount wakeUps_;
     int waiting_ = 0;
 
     ALLOCATOR_PROPERTIES properties_{};

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/sync.h"
+#include "platform/turn_taking.h"
 
 namespace mvrtpfec {
 
@@ -13,11 +13,12 @@ public:
     CCritSec(const CCritSec&) = delete;
     CCritSec& operator=(const CCritSec&) = delete;
 
-    void Lock() noexcept { EnterCriticalSection(&section_); }
+    void Lock() noexcept { turns_.enter(section_); }
     void Unlock() noexcept { LeaveCriticalSection(&section_); }
 
 private:
     CRITICAL_SECTION section_;
+    platform::TurnTaking turns_;
 };
 
 /// Holds any lock with Lock() and Unlock() while it lives.
