@@ -45,5 +45,6 @@ if(WIN32)
   install(FILES docs/INSTALL-windows.txt DESTINATION . RENAME INSTALL.txt)
   install(FILES docs/windows.md DESTINATION .)
 else()
-  install(FILES README.md docs/architecture.md docs/guard.md docs/windows.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+  install(FILES README.md docs/architecture.md docs/guard.md docs/windows.md
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/mvrtpfec)
 endif()
