@@ -105,9 +105,9 @@ public:
     }
 };
 
-class Mapper final : public OneInterface<IFilterMapper>, private MemoryFilterMapper {
+class Mapper1 final : public OneInterface<IFilterMapper>, private MemoryFilterMapper {
 public:
-    explicit Mapper(MemoryRegistration& list) : OneInterface(IID_IFilterMapper), MemoryFilterMapper(list) {}
+    explicit Mapper1(MemoryRegistration& list) : OneInterface(IID_IFilterMapper), MemoryFilterMapper(list) {}
 
     STDMETHODIMP RegisterFilter(CLSID classId, LPCWSTR name, DWORD merit) override {
         return withoutThrowing([&] { return add(classId, name, merit); });
@@ -138,21 +138,18 @@ public:
     }
 };
 
-template <class Interface, class Object>
-HRESULT handOut(Object* object, REFIID riid, void** result) {
-    if (object == nullptr) return E_OUTOFMEMORY;
+template <class Interface, class Mapper>
+HRESULT create(MemoryRegistration& list, REFIID riid, void** object) {
     CComPtr<Interface> created;
-    created.Attach(object);
-    return created->QueryInterface(riid, result);
+    created.Attach(new (std::nothrow) Mapper(list));  // NOLINT(cppcoreguidelines-owning-memory)
+    return created == nullptr ? E_OUTOFMEMORY : created->QueryInterface(riid, object);
 }
 
 }  // namespace
 
 HRESULT createMemoryFilterMapper(MemoryRegistration& list, REFCLSID classId, REFIID riid, void** object) {
-    if (classId == CLSID_FilterMapper2)
-        return handOut<IFilterMapper2>(new (std::nothrow) Mapper2(list), riid, object);
-    if (classId == CLSID_FilterMapper)
-        return handOut<IFilterMapper>(new (std::nothrow) Mapper(list), riid, object);
+    if (classId == CLSID_FilterMapper2) return create<IFilterMapper2, Mapper2>(list, riid, object);
+    if (classId == CLSID_FilterMapper) return create<IFilterMapper, Mapper1>(list, riid, object);
     return REGDB_E_CLASSNOTREG;
 }
 

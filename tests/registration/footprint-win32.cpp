@@ -8,17 +8,23 @@
 
 namespace {
 
+/// Committed pages, but for those of files.
 std::size_t memory() {
-    PROCESS_MEMORY_COUNTERS_EX counters{};
-    auto* const base = reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters);
-    GetProcessMemoryInfo(GetCurrentProcess(), base, sizeof counters);
-    return counters.PrivateUsage;
+    std::size_t bytes = 0;
+    MEMORY_BASIC_INFORMATION region{};
+    for (char* at = nullptr; VirtualQuery(at, &region, sizeof region) != 0; at += region.RegionSize)
+        if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE) bytes += region.RegionSize;
+    return bytes;
 }
 
+/// Not every system counts them; the next free one then tells, which has the lowest number.
 std::size_t handles() {
     DWORD count = 0;
     GetProcessHandleCount(GetCurrentProcess(), &count);
-    return count;
+    if (count > 0) return count;
+    const HANDLE next = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    CloseHandle(next);
+    return reinterpret_cast<std::size_t>(next);
 }
 
 std::size_t modules() {

@@ -1,3 +1,6 @@
+#include <array>
+#include <thread>
+
 #include <gtest/gtest.h>
 
 #include "mvrtpfec/rtp_fec_filter.h"
@@ -66,15 +69,26 @@ TEST(Module, FiltersCanBeAggregated) {
     EXPECT_EQ(module.canUnloadNow(), S_OK);
 }
 
+/// Has exceptions thrown inside the module, for what the runtime keeps of them by thread: on this thread,
+/// which outlives the module, and on one that ends before.
+void failToPause(IBaseFilter* sender) {
+    const auto matrix =
+        platform::queryFor<mvrtpfec::IFECoverRTPConfig>(sender, mvrtpfec::IID_IFECoverRTPConfig);
+    ASSERT_EQ(matrix->SetMode(1), S_OK);
+    ASSERT_EQ(sender->Pause(), E_FAIL) << "without rows and columns";
+    std::thread([&] { EXPECT_EQ(sender->Pause(), E_FAIL); }).join();
+}
+
 void loadUseAndUnload(int times) {
-    for (int i = 0; i < times; ++i) {
+    for (int i = 0; i < times && !testing::Test::HasFailure(); ++i) {
         const LoadedModule module(moduleFile());
         {
             const auto sender = create<IBaseFilter>(module, classes[0], IID_IBaseFilter);
             const auto receiver = create<IBaseFilter>(module, classes[1], IID_IBaseFilter);
-            ASSERT_EQ(module.canUnloadNow(), S_FALSE);
+            EXPECT_EQ(module.canUnloadNow(), S_FALSE);
+            failToPause(sender);
         }
-        ASSERT_EQ(module.canUnloadNow(), S_OK);
+        EXPECT_EQ(module.canUnloadNow(), S_OK);
     }
 }
 
@@ -86,8 +100,7 @@ TEST(Module, LeavesNothingBehindWhenUnloaded) {
     EXPECT_EQ(after.modules, before.modules);
     EXPECT_EQ(after.handles, before.handles);
     EXPECT_EQ(after.threads, before.threads);
-    RecordProperty("grown_by", static_cast<int>(after.memory) - static_cast<int>(before.memory));
-    EXPECT_LT(after.memory, before.memory + 256 * 1024);
+    EXPECT_LT(after.memory, before.memory + 64 * 1024);
 }
 
 }  // namespace
