@@ -1,5 +1,5 @@
-# Run with -D build=BUILD_TREE -D work=SCRATCH -D cpack=CPACK. Makes the Debian package, installs it into an empty root and runs its
-# program there, which finds module and sample beside itself.
+# Run with -D build=BUILD_TREE -D work=SCRATCH -D cpack=CPACK. Makes the Debian package, installs it into an
+# empty root and runs its program there, which finds module and sample beside itself.
 
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 
@@ -13,7 +13,3 @@ file(GLOB package "${work}/deb/*.deb")
 # Its libraries are this system's own; what configuring would run (ldconfig) an empty root has not.
 run(dpkg --root=${root} --log=${root}/dpkg.log --force-depends --unpack "${package}")
 run("${root}/usr/bin/mvrtpfec" simulate --mode both --columns 5 --rows 5)
-run(dpkg --root=${root} --log=${root}/dpkg.log --remove mvrtpfec)
-if(EXISTS "${root}/usr/bin/mvrtpfec")
-  message(FATAL_ERROR "the package left its program behind")
-endif()
