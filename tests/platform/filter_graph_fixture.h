@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "framework/base/com_ptr.h"
+#include "platform/component_runtime.h"
 #include "platform/media_graph.h"
 #include "tests/platform/journal_filter.h"
 
@@ -71,6 +72,7 @@ protected:
 
     static constexpr LONG patience = 10'000;
 
+    const platform::ComponentRuntime runtime_;
     Journal journal_;
     CComPtr<IGraphBuilder> graph_;
     CComPtr<IMediaControl> control_;

@@ -1,5 +1,9 @@
 // What our own graph does where the system's is free to do otherwise.
 
+#include <limits>
+#include <thread>
+
+#include "platform/sync.h"
 #include "tests/platform/filter_graph_fixture.h"
 
 namespace mvrtpfec {
@@ -16,6 +20,33 @@ TEST_F(FilterGraphTest, AFailureLeavesEveryFilterStopped) {
         EXPECT_EQ(sink.state(), State_Stopped) << call;
         EXPECT_EQ(state(), State_Stopped) << call;
     }
+}
+
+TEST_F(FilterGraphTest, AnErrorEndsTheWaitForTheEnd) {
+    JournalFilter& filter = add("filter", 0);
+    ASSERT_EQ(control_->Run(), S_OK);
+    std::thread failing([&] { filter.send(EC_ERRORABORT); });
+    LONG code = -1;
+    EXPECT_EQ(waitForEnd(patience, code), S_OK);
+    EXPECT_EQ(code, EC_ERRORABORT);
+    failing.join();
+}
+
+TEST_F(FilterGraphTest, OnlyFiltersOfTheGraphAreConnected) {
+    JournalFilter& source = add("source");
+    const CComPtr<IBaseFilter> foreign(new JournalFilter("foreign", 0, journal_));
+    EXPECT_LT(
+        graph_->ConnectDirect(source.output(0), static_cast<JournalFilter*>(foreign.p)->input(), nullptr), 0);
+}
+
+TEST_F(FilterGraphTest, TheClockRefusesATimeThatNeverComes) {
+    CComPtr<IReferenceClock> clock;
+    ASSERT_EQ(platform::createSystemClock(&clock), S_OK);
+    HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    DWORD_PTR cookie = 0;
+    constexpr auto never = std::numeric_limits<REFERENCE_TIME>::max();
+    EXPECT_EQ(clock->AdviseTime(never, 0, reinterpret_cast<HEVENT>(event), &cookie), E_INVALIDARG);
+    CloseHandle(event);
 }
 
 TEST_F(FilterGraphTest, ACycleRunsAndStops) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/com_ptr.h"
+#include "platform/component_runtime.h"
 #include "platform/media_graph.h"
 #include "platform/sync.h"
 
@@ -45,6 +46,7 @@ protected:
         return WaitForSingleObject(object, milliseconds) == WAIT_OBJECT_0;
     }
 
+    const ComponentRuntime runtime_;
     CComPtr<IReferenceClock> clock_;
     HANDLE event_ = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     HANDLE semaphore_ = CreateSemaphoreW(nullptr, 0, 1000, nullptr);
@@ -98,18 +100,16 @@ TEST_F(SystemClockTest, APeriodicAdviseComesAtItsPaceUntilWithdrawn) {
 
 TEST_F(SystemClockTest, PendingAdvisesDontKeepTheClock) {
     adviseAt(now() + 3600 * 1000 * millisecond);
-    adviseEvery(now() + 3600 * 1000 * millisecond, 1);
+    adviseEvery(now() + 3600 * 1000 * millisecond, millisecond);
     EXPECT_EQ(clock_.Detach()->Release(), 0u);
 }
 
-TEST_F(SystemClockTest, TimesThatNeverComeAreRefused) {
-    constexpr REFERENCE_TIME maxTime = 0x7FFFFFFFFFFFFFFF;
+TEST_F(SystemClockTest, BadArgumentsAreRefused) {
     const auto event = reinterpret_cast<HEVENT>(event_);
     const auto semaphore = reinterpret_cast<HSEMAPHORE>(semaphore_);
     DWORD_PTR cookie = 0;
     EXPECT_EQ(clock_->AdviseTime(now(), 0, event, nullptr), E_POINTER);
     EXPECT_EQ(clock_->AdviseTime(5, -10, event, &cookie), E_INVALIDARG);
-    EXPECT_EQ(clock_->AdviseTime(maxTime, 0, event, &cookie), E_INVALIDARG);
     EXPECT_EQ(clock_->AdvisePeriodic(now(), 0, semaphore, &cookie), E_INVALIDARG);
     EXPECT_EQ(clock_->AdvisePeriodic(-1, 10, semaphore, &cookie), E_INVALIDARG);
     EXPECT_EQ(clock_->GetTime(nullptr), E_POINTER);
