@@ -39,13 +39,15 @@ TEST_F(FilterGraphTest, OnlyFiltersOfTheGraphAreConnected) {
         graph_->ConnectDirect(source.output(0), static_cast<JournalFilter*>(foreign.p)->input(), nullptr), 0);
 }
 
-TEST_F(FilterGraphTest, TheClockRefusesATimeThatNeverComes) {
+TEST_F(FilterGraphTest, TheClockRefusesATimeThatNeverComesAndGoesAtOnce) {
     CComPtr<IReferenceClock> clock;
     ASSERT_EQ(platform::createSystemClock(&clock), S_OK);
     HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     DWORD_PTR cookie = 0;
     constexpr auto never = std::numeric_limits<REFERENCE_TIME>::max();
     EXPECT_EQ(clock->AdviseTime(never, 0, reinterpret_cast<HEVENT>(event), &cookie), E_INVALIDARG);
+    ASSERT_EQ(clock->AdviseTime(never - 1, 0, reinterpret_cast<HEVENT>(event), &cookie), S_OK);
+    clock.Release();
     CloseHandle(event);
 }
 
