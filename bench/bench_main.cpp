@@ -63,6 +63,7 @@ int main(int argc, char** argv) {
     mvrtpfec::bench::registerDecoderBenchmarks();
     mvrtpfec::bench::registerReorderBenchmarks();
     mvrtpfec::bench::registerGraphBenchmarks();
+    mvrtpfec::bench::registerPacketizeBenchmarks();
     try {
         Recorder recorder;
         benchmark::RunSpecifiedBenchmarks(&recorder);

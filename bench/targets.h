@@ -29,5 +29,6 @@ void registerComposerBenchmarks();
 void registerDecoderBenchmarks();
 void registerReorderBenchmarks();
 void registerGraphBenchmarks();
+void registerPacketizeBenchmarks();
 
 }  // namespace mvrtpfec::bench

@@ -1,0 +1,107 @@
+#include "selftest/rtp_packet_builder_tester.h"
+
+#include <array>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "core/big_endian.h"
+#include "framework/base/com_ptr.h"
+#include "platform/utf8_path.h"
+#include "rtp_media/chain/nal_builder.h"
+#include "rtp_media/chain/simple_media_data.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+constexpr std::uint32_t payloadType = 96;
+constexpr std::uint32_t port = 5000;
+
+std::optional<std::vector<BYTE>> readWhole(const std::string& path) {
+    std::ifstream file(platform::pathFromUtf8(path), std::ios::binary);
+    if (!file) return std::nullopt;
+    return std::vector<BYTE>{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+/// Whether one of the lines, which backslashes separate, begins so.
+bool hasLine(std::string_view attributes, std::string_view beginning) {
+    while (true) {
+        if (attributes.starts_with(beginning)) return true;
+        const auto end = attributes.find('\\');
+        if (end == std::string_view::npos) return false;
+        attributes.remove_prefix(end + 1);
+    }
+}
+
+}  // namespace
+
+CRtpPacketBuilderTester::CRtpPacketBuilderTester(std::string filePath, StreamType streamType,
+                                                 std::uint32_t expectedPackets)
+    : filePath_(std::move(filePath)), streamType_(streamType), expectedPackets_(expectedPackets) {}
+
+bool CRtpPacketBuilderTester::hasFile() const {
+    return std::ifstream(platform::pathFromUtf8(filePath_), std::ios::binary).is_open();
+}
+
+bool CRtpPacketBuilderTester::run(std::ostream& out) {
+    PacketListener listener(out);
+    const auto packetizer = RTPPacketBuilder::create(streamType_, payloadType, port, &listener,
+                                                     ParameterSetMode::sdp, TimestampMode::presentation);
+    const auto parser = createNALBuilder(streamType_);
+    parser->setListener(packetizer.get());
+    auto bytes = readWhole(filePath_);
+    if (!bytes) {
+        listener.fail("Can't open file");
+        return false;
+    }
+    CComPtr<SimpleMediaData> sample;
+    sample.Attach(new SimpleMediaData(std::move(*bytes)));
+    parser->input(sample.p);
+    parser->flush();
+
+    if (listener.packetCount() != expectedPackets_) {
+        out << "Received " << listener.packetCount() << " packets\n";
+        listener.fail("wrong number of packets");
+    }
+    if (!packetizer->sdpReady()) {
+        listener.fail("SDP could not be built.");
+    } else {
+        if (!hasLine(packetizer->sdpAttributes(), "a=rtpmap:"))
+            listener.fail("SDP map line is missing (\"a=rtpmap:\")");
+        if (!hasLine(packetizer->sdpAttributes(), "a=fmtp:"))
+            listener.fail("SDP format line is missing (\"a=fmtp:\")");
+    }
+    return !listener.hasFailures();
+}
+
+void CRtpPacketBuilderTester::PacketListener::fail(const std::string& failure) {
+    out_ << "Fail: " << failure << '\n';
+    failures_.push_back(failure);
+}
+
+CRtpPacketBuilderTester::PacketListener::Header CRtpPacketBuilderTester::PacketListener::headerOf(
+    RTPMediaPacket& packet) {
+    packet.writeTimestamp(0);
+    std::array<std::uint8_t, 4096> usual;
+    std::vector<std::uint8_t> large(packet.serializedSize() > usual.size() ? packet.serializedSize() : 0);
+    std::uint8_t* const wire = large.empty() ? usual.data() : large.data();
+    packet.serialize(wire, 0);
+    return {(wire[1] & 0x80) != 0, readBigEndian16(wire + 2), readBigEndian32(wire + 4)};
+}
+
+void CRtpPacketBuilderTester::PacketListener::onPacket(std::unique_ptr<RTPMediaPacket> packet) {
+    ++packetCount_;
+    const Header header = headerOf(*packet);
+    if (hasPrevious_) {
+        if (previous_.marker && header.timestamp <= previous_.timestamp) fail("non increasing timestamp");
+        if (header.sequence != static_cast<std::uint16_t>(previous_.sequence + 1))
+            fail("discontinuous sequence number");
+    }
+    previous_ = header;
+    hasPrevious_ = true;
+}
+
+}  // namespace mvrtpfec
