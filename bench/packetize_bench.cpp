@@ -78,12 +78,6 @@ void countKilobytes(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(stream().size() / 1000));
 }
 
-Sample sampleOf(Bytes bytes) {
-    Sample sample;
-    sample.Attach(new SimpleMediaData(std::move(bytes)));
-    return sample;
-}
-
 /// One pass that finds nothing and one that copies: the least that any way of cutting does.
 void searchAndCopy(benchmark::State& state) {
     Bytes bytes = stream();
@@ -110,7 +104,7 @@ void cut(benchmark::State& state) {
     for (std::size_t at = 0; at < stream().size(); at += sampleSize) {
         const auto from = stream().begin() + static_cast<std::ptrdiff_t>(at);
         const auto size = std::min(sampleSize, stream().size() - at);
-        samples.push_back(sampleOf(Bytes(from, from + static_cast<std::ptrdiff_t>(size))));
+        samples.push_back(SimpleMediaData::create(Bytes(from, from + static_cast<std::ptrdiff_t>(size))));
     }
     for (auto _ : state) {
         UnitCounter counter;
@@ -142,7 +136,7 @@ void readFile(const std::string& path, NALBuilder& parser) {
         Bytes bytes(sampleSize);
         bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
         if (bytes.empty()) break;
-        parser.input(sampleOf(std::move(bytes)).p);
+        parser.input(SimpleMediaData::create(std::move(bytes)).p);
     }
     parser.flush();
 }

@@ -9,7 +9,6 @@
 #include <stdexcept>
 #include <vector>
 
-#include "framework/base/com_ptr.h"
 #include "rtp_media/chain/nal_builder.h"
 #include "rtp_media/chain/rtp_packet_builder.h"
 #include "rtp_media/chain/simple_media_data.h"
@@ -70,9 +69,8 @@ void feed(NALBuilder& parser, Bytes stream, std::uint32_t cuts) {
         draw = draw * 1664525 + 1013904223;
         const std::size_t size =
             cuts == 0 ? stream.size() : std::min<std::size_t>(1 + (draw >> 16) % cuts, stream.size());
-        CComPtr<SimpleMediaData> sample;
-        sample.Attach(
-            new SimpleMediaData({stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(size)}));
+        const auto sample =
+            SimpleMediaData::create({stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(size)});
         if (cuts % 2 == 0 || time % 800'000 == 0) sample->SetTime(&time, nullptr);
         sample->SetSyncPoint((draw & 0x100) != 0);
         try {

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # fuzz.sh BUILD SECONDS: runs each fuzz target of the build directory for that long, from its seed
-# corpus in fuzz/corpus. Findings stay under the build directory: BUILD/work/TARGET/ holds the corpus
+# corpus in fuzz/corpus, or from what fuzz/CORPUS_seeds.sh makes. Findings stay under the build directory: BUILD/work/TARGET/ holds the corpus
 # grown so far, BUILD/artifacts/ the inputs that failed. Exits 1 when any target failed.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -9,6 +9,10 @@ seconds=$2
 
 run_target() { # TARGET CORPUS
     local work=$build/work/$1 seeds=fuzz/corpus/$2 artifacts=$build/artifacts/$1-
+    if [[ -x fuzz/$2_seeds.sh ]]; then
+        seeds=$build/seeds/$2
+        "fuzz/$2_seeds.sh" "$PWD/$seeds"
+    fi
     if [[ -z $(ls -A "$seeds" 2>/dev/null) ]]; then
         echo "fuzz: no seed corpus in $seeds" >&2
         return 1

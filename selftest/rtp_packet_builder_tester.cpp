@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "core/big_endian.h"
-#include "framework/base/com_ptr.h"
 #include "platform/utf8_path.h"
 #include "rtp_media/chain/nal_builder.h"
 #include "rtp_media/chain/simple_media_data.h"
@@ -57,9 +56,7 @@ bool CRtpPacketBuilderTester::run(std::ostream& out) {
         listener.fail("Can't open file");
         return false;
     }
-    CComPtr<SimpleMediaData> sample;
-    sample.Attach(new SimpleMediaData(std::move(*bytes)));
-    parser->input(sample.p);
+    parser->input(SimpleMediaData::create(std::move(*bytes)).p);
     parser->flush();
 
     if (listener.packetCount() != expectedPackets_) {

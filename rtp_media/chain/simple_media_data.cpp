@@ -2,6 +2,12 @@
 
 namespace mvrtpfec {
 
+CComPtr<SimpleMediaData> SimpleMediaData::create(std::vector<BYTE> bytes) {
+    CComPtr<SimpleMediaData> created;
+    created.Attach(new SimpleMediaData(std::move(bytes)));  // NOLINT(cppcoreguidelines-owning-memory)
+    return created;
+}
+
 SimpleMediaData::SimpleMediaData(std::vector<BYTE> bytes)
     : bytes_(std::move(bytes)), length_(static_cast<LONG>(bytes_.size())) {}
 

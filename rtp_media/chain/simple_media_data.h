@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "framework/base/com_ptr.h"
 #include "framework/samples/media_data.h"
 
 namespace mvrtpfec {
@@ -16,6 +17,7 @@ namespace mvrtpfec {
 /// VFW_E_MEDIA_TIME_NOT_SET.
 class SimpleMediaData final : public IMediaData2 {
 public:
+    static CComPtr<SimpleMediaData> create(std::vector<BYTE> bytes);
     explicit SimpleMediaData(std::vector<BYTE> bytes);
 
     STDMETHODIMP QueryInterface(REFIID riid, void** object) override;

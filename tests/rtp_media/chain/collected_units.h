@@ -15,11 +15,9 @@ namespace mvrtpfec::test {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// A sample over a copy of the bytes; the caller's reference goes with the pointer.
+/// A sample over a copy of the bytes.
 inline CComPtr<SimpleMediaData> sampleOf(std::span<const std::uint8_t> bytes) {
-    CComPtr<SimpleMediaData> sample;
-    sample.Attach(new SimpleMediaData(Bytes(bytes.begin(), bytes.end())));
-    return sample;
+    return SimpleMediaData::create(Bytes(bytes.begin(), bytes.end()));
 }
 
 /// Keeps what a parser gives out.

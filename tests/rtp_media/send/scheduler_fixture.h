@@ -64,7 +64,7 @@ public:
     }
     HRESULT GetDeliveryBuffer(IMediaData** data, REFERENCE_TIME*, REFERENCE_TIME*, DWORD) override {
         if (FAILED(bufferResult)) return bufferResult;
-        *data = new SimpleMediaData(Bytes(bufferSize));
+        *data = SimpleMediaData::create(Bytes(bufferSize)).Detach();
         return S_OK;
     }
     HRESULT DecideBufferSize(IMemAllocator*, ALLOCATOR_PROPERTIES*) override { return S_OK; }
