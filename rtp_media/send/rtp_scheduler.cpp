@@ -15,7 +15,10 @@ constexpr std::int64_t lateBeyond = 80 * 90;
 }  // namespace
 
 RTPScheduler::RTPScheduler(IReferenceClock* clock, RTPSchedulerSettings settings)
-    : referenceClock_(clock), settings_(std::move(settings)), thread_([this] { threadBody(); }) {
+    : referenceClock_(clock),
+      settings_(std::move(settings)),
+      thread_([this] { RTPScheduler::threadBody(); }) {
+    // Not by its slot: a derived class may still be under construction.
     thread_.Start();
 }
 
