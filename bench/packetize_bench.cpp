@@ -170,11 +170,14 @@ void peer(benchmark::State& state, const std::vector<std::string>& words) {
     countKilobytes(state);
 }
 
-/// Nothing to compare with where the program isn't installed.
-void addPeer(const std::string& name, const std::vector<std::string>& command) {
-    if (!isInstalled(command[0])) {
+/// Nothing to compare with where the program isn't installed, which `probe` tells by failing.
+void addPeer(const std::string& name, const std::vector<std::string>& probe,
+             const std::vector<std::string>& command) {
+    try {
+        userSecondsOf(probe);
+    } catch (const std::runtime_error&) {
         std::fprintf(stderr, "mvrtpfec_bench: %s is not installed; nothing is compared with it\n",
-                     command[0].c_str());
+                     name.c_str());
         return;
     }
     benchmark::RegisterBenchmark(name.c_str(), peer, command)->UseManualTime()->Iterations(1);
@@ -188,10 +191,12 @@ void registerPacketizeBenchmarks() {
     benchmark::RegisterBenchmark("h264/cut", cut);
     benchmark::RegisterBenchmark("packetize/h264", packetize);
     addTarget({"h264/cut", "h264/cut", "h264/search-and-copy", 2.0});
-    addPeer("ffmpeg", {"ffmpeg", "-nostdin", "-f", "h264", "-i", "FILE", "-c", "copy", "-f", "rtp",
-                       "rtp://127.0.0.1:5004"});
-    addPeer("gstreamer", {"gst-launch-1.0", "-q", "filesrc", "location=FILE", "!", "h264parse", "!",
-                          "rtph264pay", "!", "fakesink"});
+    addPeer("ffmpeg", {"ffmpeg", "-version"},
+            {"ffmpeg", "-nostdin", "-f", "h264", "-i", "FILE", "-c", "copy", "-f", "rtp",
+             "rtp://127.0.0.1:5004"});
+    addPeer("gstreamer", {"gst-inspect-1.0", "h264parse"},
+            {"gst-launch-1.0", "-q", "filesrc", "location=FILE", "!", "h264parse", "!", "rtph264pay", "!",
+             "fakesink"});
 }
 
 }  // namespace mvrtpfec::bench

@@ -1,8 +1,5 @@
 #include "bench/peer_program.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <sstream>
 #include <stdexcept>
 
 #include <fcntl.h>
@@ -37,15 +34,6 @@ private:
 };
 
 }  // namespace
-
-bool isInstalled(const std::string& program) {
-    const char* const path = std::getenv("PATH");
-    std::istringstream folders(path != nullptr ? path : "");
-    for (std::string folder; std::getline(folders, folder, ':');) {
-        if (access((std::filesystem::path(folder) / program).c_str(), X_OK) == 0) return true;
-    }
-    return false;
-}
 
 double userSecondsOf(const std::vector<std::string>& command) {
     std::vector<std::string> words = command;

@@ -5,9 +5,6 @@
 
 namespace mvrtpfec::bench {
 
-/// Whether a program of this name can be found on the PATH.
-bool isInstalled(const std::string& program);
-
 /// Runs a program, its output thrown away, and gives the CPU seconds it spent outside the kernel, so that
 /// what it sends or writes isn't held against it. Throws std::runtime_error when it can't be started or
 /// fails.
