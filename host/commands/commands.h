@@ -16,5 +16,7 @@ public:
 void addProtectCommand(CLI::App& app);
 void addRepairCommand(CLI::App& app);
 void addSimulateCommand(CLI::App& app);
+void addPacketizeCommand(CLI::App& app);
+void addUnitsCommand(CLI::App& app);
 
 }  // namespace mvrtpfec

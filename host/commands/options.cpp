@@ -1,11 +1,10 @@
 #include "host/commands/options.h"
 
 #include <exception>
-#include <initializer_list>
-#include <map>
 #include <string>
 #include <utility>
 
+#include "host/commands/choice_option.h"
 #include "host/commands/commands.h"
 #include "host/io/file_error.h"
 #include "platform/utf8_path.h"
@@ -16,19 +15,6 @@ namespace {
 
 /// FECB needs the port four above.
 constexpr int maxMediaPort = 65531;
-
-/// An option that takes one of a few words.
-template <class Value>
-CLI::Option* addChoice(CLI::App& command, const std::string& name, Value& value,
-                       std::initializer_list<std::pair<const std::string, Value>> choices,
-                       const std::string& help) {
-    const auto take = [name, &value, words = std::map<std::string, Value>(choices)](const std::string& word) {
-        const auto found = words.find(word);
-        if (found == words.end()) throw CLI::ValidationError(name, "there is no choice '" + word + "'");
-        value = found->second;
-    };
-    return command.add_option_function<std::string>(name, take, help);
-}
 
 }  // namespace
 

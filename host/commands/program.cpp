@@ -47,13 +47,17 @@ int runProgram(const std::vector<std::string>& arguments) {
     platform::ignoreWriteSignals();
     platform::watchForInterruption();
 
-    CLI::App app("Packet-level FEC for MPEG-2 transport streams over RTP.", "mvrtpfec");
+    CLI::App app(
+        "Packet-level FEC for MPEG-2 transport streams over RTP, and elementary streams as RTP packets.",
+        "mvrtpfec");
     app.set_version_flag("--version", "mvrtpfec " MVRTPFEC_VERSION);
     app.require_subcommand(1);
     app.footer("Each command has its own help: mvrtpfec protect --help");
     addProtectCommand(app);
     addRepairCommand(app);
     addSimulateCommand(app);
+    addPacketizeCommand(app);
+    addUnitsCommand(app);
 
     try {
         requireKnownCommand(app, arguments);

@@ -1,5 +1,6 @@
 #include "host/commands/report.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 
@@ -64,7 +65,9 @@ void publish(const std::string& title, const Table& table, const std::string& ve
              const nlohmann::ordered_json& json, const std::filesystem::path& path) {
     std::FILE* out = path == "-" ? stderr : stdout;
     fmt::print(out, "{}\n", title);
-    for (const auto& [name, value] : table) fmt::print(out, "  {:<16} {:>10}\n", name, value);
+    std::size_t width = 16;
+    for (const auto& row : table) width = std::max(width, row.first.size());
+    for (const auto& [name, value] : table) fmt::print(out, "  {:<{}} {:>10}\n", name, width, value);
     if (!verdict.empty()) fmt::print(out, "{}\n", verdict);
     if (std::fflush(out) != 0) throw FileError("standard output", "could not be written", errno);
     if (!path.empty()) writeJson(json, path);

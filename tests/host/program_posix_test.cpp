@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "tests/host/program_run.h"
+#include "tests/host/sample_streams.h"
 
 namespace mvrtpfec {
 namespace {
@@ -28,15 +29,34 @@ protected:
         ASSERT_EQ(result.status, 0) << result.text;
     }
 
-    /// Peak resident memory of one repair, in KiB.
+    /// A stream of the samples `copies` times over.
+    void repeat(const std::string& name, int copies, const std::string& as) const {
+        Bytes stream;
+        for (const Bytes once = streamBytes(name); copies > 0; --copies)
+            stream.insert(stream.end(), once.begin(), once.end());
+        store(as, stream);
+    }
+
     std::int64_t repairPeak(const std::string& capture) const {
-        const std::string in = pathOf(capture).string();
-        const std::string out = pathOf("out.ts").string();
+        return peak({"repair", pathOf(capture).string(), pathOf("out.ts").string(), "--guard", "on"});
+    }
+
+    std::int64_t packetizePeak(const std::string& stream, const std::string& format) const {
+        return peak({"packetize", pathOf(stream).string(), pathOf("out.pcap").string(), "--format", format});
+    }
+
+private:
+    /// Peak resident memory of one run, in KiB.
+    static std::int64_t peak(std::vector<std::string> words) {
+        words.insert(words.begin(), "mvrtpfec");
+        std::vector<char*> arguments;
+        for (std::string& word : words) arguments.push_back(word.data());
+        arguments.push_back(nullptr);
         const pid_t child = fork();
         if (child == 0) {
             close(STDOUT_FILENO);
             static_cast<void>(open("/dev/null", O_WRONLY));
-            execl(program().c_str(), "mvrtpfec", "repair", in.c_str(), out.c_str(), "--guard", "on", nullptr);
+            execv(program().c_str(), arguments.data());
             _exit(127);
         }
         int status = -1;
@@ -52,6 +72,17 @@ TEST_F(ProgramMemory, DoesNotGrowWithTheCapture) {
     protectLong(2, "short.pcap");
     protectLong(20, "long.pcap");
     EXPECT_LT(repairPeak("long.pcap"), repairPeak("short.pcap") + 1024);
+}
+
+/// Pictures that no unit parts, and frames.
+TEST_F(ProgramMemory, DoesNotGrowWithTheStream) {
+    if (sanitized) GTEST_SKIP() << "a sanitized program keeps what it frees";
+    for (const std::string name : {"h264_plain.264", "aac_lc.aac", "mpeg4.m4v"}) {
+        const std::string format(formatOfStream(name)->name);
+        repeat(name, 4, "short");
+        repeat(name, 400, "long");
+        EXPECT_LT(packetizePeak("long", format), packetizePeak("short", format) + 1024) << name;
+    }
 }
 
 TEST_F(ProgramTest, FullDeviceFailsTheRun) {

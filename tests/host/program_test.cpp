@@ -176,6 +176,17 @@ TEST_F(ProgramTest, WrongUsageIsRefusedWithTheReasonAndStatusTwo) {
         {"repair in.pcap out.ts --json out.ts", "named for two outputs"},
         {"simulate in.ts --mode row --columns 5 --rows 5 --seed -1", "--seed"},
         {"simulate \"\" --mode row --columns 5 --rows 5", "must end in"},
+        {"packetize in.ts out.pcap", "--format is required"},
+        {"packetize in.ts out.pcap --format avi", "there is no format 'avi'"},
+        {"packetize in.ts out.pcap --format hevc", "mvrtpfec units IN --format hevc"},
+        {"packetize in.ts out.ts --format mpeg2ts", "out.ts: packets go into a .pcap or .pcapng file"},
+        {"packetize in.ts out.pcap --format mpeg2ts --payload-type 96", "goes as payload type 33"},
+        {"packetize in.ts out.pcap --format h264 --frame-rate 0", "'0' is no frame rate"},
+        {"packetize in.ts out.pcap --format h264 --frame-rate 25/0", "'25/0' is no frame rate"},
+        {"packetize in.ts out.pcap --format h264 --payload-type 128", "--payload-type"},
+        {"packetize in.ts out.pcap --format h264 --sdp out.pcap", "named for two outputs"},
+        {"packetize in.ts out.pcap --format h264 --parameter-sets both", "--parameter-sets"},
+        {"units in.ts --format webm", "there is no format 'webm'"},
         {"protct in.ts out.pcap", "no command 'protct'"},
         {"", "subcommand"},
     };
@@ -253,7 +264,7 @@ TEST_F(ProgramTest, ProgramWithoutModuleSaysWhatToDo) {
 }
 
 TEST_F(ProgramTest, HelpAndVersionAreAnswered) {
-    for (const std::string command : {"protect", "repair", "simulate"}) {
+    for (const std::string command : {"protect", "repair", "simulate", "packetize", "units"}) {
         const Outcome result = run(command + " --help");
         EXPECT_EQ(result.status, 0);
         EXPECT_NE(result.text.find("Examples:"), std::string::npos);

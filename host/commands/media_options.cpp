@@ -1,0 +1,41 @@
+#include "host/commands/media_options.h"
+
+#include <string>
+
+#include <fmt/format.h>
+
+namespace mvrtpfec {
+
+void addFormatOption(CLI::App& command, const StreamFormat*& format) {
+    const auto take = [&format](const std::string& name) {
+        format = findStreamFormat(name);
+        if (format == nullptr) throw CLI::ValidationError("--format", "there is no format '" + name + "'");
+    };
+    command.add_option_function<std::string>("--format", take, "Format of IN, one of those below")
+        ->required()
+        ->type_name("NAME");
+}
+
+void addFrameRateOption(CLI::App& command, std::optional<FrameRate>& rate) {
+    const auto take = [&rate](const std::string& text) {
+        rate = parseFrameRate(text);
+        if (!rate) throw CLI::ValidationError("--frame-rate", "'" + text + "' is no frame rate");
+    };
+    command
+        .add_option_function<std::string>(
+            "--frame-rate", take,
+            "Pictures a second of video, as 25, 29.97 or 30000/1001; left out: as "
+            "the stream says, else 25")
+        ->type_name("F");
+}
+
+std::string formatList(bool withPacketizerOnly) {
+    std::string list = "Formats:\n";
+    for (const StreamFormat& format : streamFormats()) {
+        if (format.hasPacketizer || !withPacketizerOnly)
+            list += fmt::format("  {:<13} {}\n", format.name, format.description);
+    }
+    return list;
+}
+
+}  // namespace mvrtpfec

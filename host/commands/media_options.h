@@ -1,0 +1,19 @@
+#pragma once
+
+#include <optional>
+
+#include <CLI/CLI.hpp>
+
+#include "host/media/frame_rate.h"
+#include "host/media/stream_format.h"
+
+namespace mvrtpfec {
+
+// Options of the commands that read elementary streams.
+
+void addFormatOption(CLI::App& command, const StreamFormat*& format);
+void addFrameRateOption(CLI::App& command, std::optional<FrameRate>& rate);
+/// The names and what they stand for, a line each.
+std::string formatList(bool withPacketizerOnly);
+
+}  // namespace mvrtpfec

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+
+#include "host/io/file_error.h"
+#include "host/io/input_file.h"
+#include "host/io/pcr_clock.h"
+#include "host/io/ts_packet.h"
+
+namespace mvrtpfec {
+
+/// One packet of a transport stream and when it is due.
+struct TimedTsPacket {
+    std::array<std::uint8_t, tsPacketSize> bytes;
+    std::uint32_t rtpTimestamp;        ///< its clock in 90 kHz, modulo 2^32
+    std::chrono::nanoseconds elapsed;  ///< since the first packet
+};
+
+/// Reads a transport stream file packet by packet and times each by the program clock.
+///
+/// The clock is that of the first PID that carries one; another PID takes over when that one falls silent for
+/// the length of the read-ahead. The span before the first clock reference and after the last one have the
+/// rate of their neighbour. A stream without any clock gets a packet every 150 us (10 Mbit/s) from 0 on. Up
+/// to 8192 packets (1.5 MB) are read ahead to see the next reference: it has to come within 100 ms, which
+/// this covers up to 123 Mbit/s.
+///
+/// Every packet must start with the sync byte; a stream that has lost its 188-byte step is an error
+/// that names the place, so that no damaged stream passes for a whole one.
+class TsReader {
+public:
+    /// Throws FileError when the file is no transport stream.
+    explicit TsReader(InputFile file);
+
+    /// None at the end, and where the file is broken.
+    std::optional<TimedTsPacket> next();
+    /// Throws FileError when that was no proper end.
+    void throwIfBroken() const;
+
+    double progress() const { return file_.progress(file_.stream()); }
+
+private:
+    bool readAhead(std::uint64_t count);
+    void readPacket();
+    void breakOff(const std::string& reason);
+    std::optional<Pcr> pcrOf(std::uint64_t index) const;
+    PcrClock startClock();
+    void startSpan();
+
+    InputFile file_;
+    std::deque<TsPacket> ahead_;
+    std::uint64_t offset_ = 0;         ///< in the file, of what is read next
+    std::optional<FileError> broken_;  ///< what ended the packets
+    bool atEnd_ = false;
+
+    std::optional<std::uint16_t> pcrPid_;
+    std::optional<PcrClock> clock_;
+    std::uint64_t spanLength_ = 0;
+    std::uint64_t spanIndex_ = 0;  ///< of the next packet to deliver
+};
+
+}  // namespace mvrtpfec

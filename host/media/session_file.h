@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "rtp_media/chain/rtp_packet_builder.h"
+
+namespace mvrtpfec {
+
+/// A session description (RFC 8866) of one stream, sent to this machine, that players open. The packetizer's
+/// attributes are complete.
+std::string sessionText(const RTPPacketBuilder& packetizer, bool isVideo);
+
+/// Writes it. Throws FileError.
+void writeSession(const std::filesystem::path& path, const std::string& text);
+
+}  // namespace mvrtpfec
