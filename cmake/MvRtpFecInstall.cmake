@@ -23,6 +23,7 @@ install(TARGETS MVRtpFec RUNTIME DESTINATION ${module_dir} COMPONENT module
 if(MVRTPFEC_HOST)
   install(TARGETS mvrtpfec RUNTIME DESTINATION ${program_dir})
   install(FILES samples/sample.ts DESTINATION ${CMAKE_INSTALL_DATADIR}/mvrtpfec)
+  install(DIRECTORY samples/streams DESTINATION ${CMAKE_INSTALL_DATADIR}/mvrtpfec)
 endif()
 
 install(DIRECTORY include/mvrtpfec DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
@@ -45,6 +46,6 @@ if(WIN32)
   install(FILES docs/INSTALL-windows.txt DESTINATION . RENAME INSTALL.txt)
   install(FILES docs/windows.md DESTINATION .)
 else()
-  install(FILES README.md docs/architecture.md docs/guard.md docs/windows.md
+  install(FILES README.md docs/architecture.md docs/guard.md docs/packetize.md docs/windows.md
           DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/mvrtpfec)
 endif()

@@ -103,11 +103,12 @@ def config_he_compatible(core_rate, channels, parametric_stereo):
     return bits.u(11, 0x548).u(1, 1) if parametric_stereo else bits
 
 
-def raw_records(config, frames):
-    """As rtp_media/audio/aac_raw_record.h lays them out, without times."""
+def raw_records(config, frames, rate=None):
+    """As rtp_media/audio/aac_raw_record.h lays them out; without times when no rate is given."""
     out = b""
-    for frame in frames:
-        out += b"\xff" * 8 + bytes(4) + len(config.text).to_bytes(4, "big") + config.bytes()
+    for index, frame in enumerate(frames):
+        time = b"\xff" * 8 if rate is None else (index * 1024 * 10_000_000 // rate).to_bytes(8, "big")
+        out += time + bytes(4) + len(config.text).to_bytes(4, "big") + config.bytes()
         out += len(frame).to_bytes(4, "big") + frame
     return out
 
@@ -135,7 +136,7 @@ def make_aac():
     store("aac_crc.aac", b"".join(map(with_crc, lc[:20])))
     bare_lc = [frame[7:] for frame in lc[:20]]
     bare_core = [frame[7:] for frame in core[:20]]
-    store("aac_lc.aacraw", raw_records(config_lc(48000, 2), bare_lc))
+    store("aac_lc.aacraw", raw_records(config_lc(48000, 2), bare_lc, 48000))
     store("aac_he_v1.aacraw", raw_records(config_he(5, 24000, 1), bare_core))
     store("aac_he_v2.aacraw", raw_records(config_he(29, 24000, 1), bare_core))
     store("aac_he_v2_compatible.aacraw", raw_records(config_he_compatible(24000, 1, True), bare_core))

@@ -1,6 +1,7 @@
 #include "selftest/suites.h"
 
 #include <array>
+#include <span>
 
 #include "selftest/rtp_packet_builder_tester.h"
 #include "selftest/rtp_packet_reorder_tester.h"
@@ -24,15 +25,34 @@ constexpr std::array<StreamFile, 6> libRtpFiles{{
     {"AAC-LATM-UnitTest-HEv2.latm.aac", StreamType::aacLatm, 183},
 }};
 
-}  // namespace
+/// Packets counted from the sizes of the units alone: of a slice one for each 1300 bytes begun, of AAC one a
+/// frame.
+constexpr std::array<StreamFile, 6> sampleFiles{{
+    {"h264_slices_aud.264", StreamType::h264, 100},
+    {"h264_fields.264", StreamType::h264, 20},
+    {"h264_plain.264", StreamType::h264, 30},
+    {"h264_large.264", StreamType::h264, 22},
+    {"h264_3byte.264", StreamType::h264, 13},
+    {"aac_lc.aacraw", StreamType::aacRaw, 20},
+}};
 
-TestSuite libRtpSuite(const std::string& directory) {
+TestSuite suiteOf(const std::string& directory, std::span<const StreamFile> files) {
     TestSuite suite;
-    for (const auto& file : libRtpFiles)
+    for (const auto& file : files)
         suite.push_back(
             std::make_unique<CRtpPacketBuilderTester>(directory + file.name, file.type, file.packets));
     suite.push_back(std::make_unique<CRtpPacketReorderTester>());
     return suite;
+}
+
+}  // namespace
+
+TestSuite libRtpSuite(const std::string& directory) {
+    return suiteOf(directory, libRtpFiles);
+}
+
+TestSuite samplesSuite(const std::string& directory) {
+    return suiteOf(directory, sampleFiles);
 }
 
 bool runTest(ITest& test, std::ostream& out) {

@@ -18,5 +18,6 @@ void addRepairCommand(CLI::App& app);
 void addSimulateCommand(CLI::App& app);
 void addPacketizeCommand(CLI::App& app);
 void addUnitsCommand(CLI::App& app);
+void addSelftestCommand(CLI::App& app);
 
 }  // namespace mvrtpfec

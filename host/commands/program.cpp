@@ -58,6 +58,7 @@ int runProgram(const std::vector<std::string>& arguments) {
     addSimulateCommand(app);
     addPacketizeCommand(app);
     addUnitsCommand(app);
+    addSelftestCommand(app);
 
     try {
         requireKnownCommand(app, arguments);

@@ -93,6 +93,24 @@ TEST(SampleStreams, RecordsBecomeTheUnitsTheyHold) {
     }
 }
 
+TEST(SampleStreams, RecordIsToldTheSameFromHoweverLittleIsThere) {
+    for (const std::string& name : streamNames()) {
+        const StreamType type = formatOfStream(name)->type;
+        if (!isCutIntoRecords(type)) continue;
+        SCOPED_TRACE(name);
+        const Bytes stream = streamBytes(name);
+        const std::size_t first = unitsOfFile(streamPath(name), type).units.front()->size();
+        for (std::size_t there = 0; there <= stream.size(); ++there) {
+            const RecordSize found = recordSize(type, std::span(stream).first(there));
+            if (found.size > 0)
+                EXPECT_EQ(found.size, first);
+            else
+                EXPECT_GT(found.wanted, there);
+        }
+        EXPECT_EQ(recordSize(type, stream).size, first);
+    }
+}
+
 class UnitsCommand : public ProgramTest {
 protected:
     std::string units(const std::string& name, const std::string& options = "") const {
@@ -148,6 +166,14 @@ TEST_F(UnitsCommand, BrokenRecordsAreNamedByTheirPlace) {
     const Outcome result = run("units klv.bin --format klv --summary");
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.text, "mvrtpfec: klv.bin: at byte 0: no universal key begins here\n");
+    items = streamBytes("klv.bin");
+    items.resize(items.size() - 5);
+    store("cut.klv", items);
+    EXPECT_EQ(figures("units cut.klv --format klv --summary")["unit_bytes"], items.size())
+        << "the last one is cut off";
+    const std::string text = "<tt:tt xmlns:tt='x'><tt:ttt/></tt:ttt></tt:tt >\n<tt></tt>";
+    store("prefixed.ttml", Bytes(text.begin(), text.end()));
+    EXPECT_EQ(figures("units prefixed.ttml --format ttml --summary")["units"], 2);
     store("noise.264", Bytes(500, 'x'));
     EXPECT_EQ(run("units noise.264 --format h264 --summary").text,
               "mvrtpfec: noise.264: no unit of this format found\n");

@@ -1,0 +1,60 @@
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/commands/commands.h"
+#include "host/commands/options.h"
+#include "host/commands/sample_file.h"
+#include "platform/utf8_path.h"
+#include "selftest/rtp_packet_builder_tester.h"
+#include "selftest/suites.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// As the suites take it, with a separator at its end.
+std::string folderText(const fs::path& folder) {
+    return platform::utf8From(folder / "");
+}
+
+std::string missingFiles(const TestSuite& suite) {
+    std::string missing;
+    for (const auto& test : suite) {
+        const auto* const stream = dynamic_cast<const CRtpPacketBuilderTester*>(test.get());
+        if (stream != nullptr && !stream->hasFile()) missing += "\n  " + stream->filePath();
+    }
+    return missing;
+}
+
+void runSuite(const std::string& name, const TestSuite& suite) {
+    std::size_t passed = 0;
+    for (const auto& test : suite) passed += runTest(*test, std::cout) ? 1U : 0U;
+    std::cout << name << ": " << passed << " of " << suite.size() << " tests passed" << std::endl;
+    if (const std::string missing = missingFiles(suite); !missing.empty())
+        throw std::runtime_error("these files are to be supplied:" + missing);
+    if (passed < suite.size()) throw std::runtime_error("self tests failed");
+}
+
+}  // namespace
+
+void addSelftestCommand(CLI::App& app) {
+    const auto data = std::make_shared<fs::path>();
+    CLI::App* command = app.add_subcommand("selftest", "Run the packetizers' self tests");
+    addPath(*command, "--data", *data, "Folder with the files of the suite LibRtp, to run that one")
+        ->type_name("DIR");
+    command->footer("Without --data the tests run over the sample streams that come with the program.");
+    command->callback([data] {
+        if (data->empty()) {
+            runSuite("Samples", samplesSuite(folderText(findSample().parent_path() / "streams")));
+        } else {
+            runSuite("LibRtp", libRtpSuite(folderText(*data)));
+        }
+    });
+}
+
+}  // namespace mvrtpfec
