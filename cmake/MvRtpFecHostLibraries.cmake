@@ -1,4 +1,4 @@
-# The libraries under the host: fmt::fmt, CLI11::CLI11, nlohmann_json::nlohmann_json and PkgConfig::PCAP.
+# The libraries under the host: asio, fmt::fmt, CLI11::CLI11, nlohmann_json::nlohmann_json and PkgConfig::PCAP.
 
 if(NOT CMAKE_CROSSCOMPILING)
   find_package(PkgConfig REQUIRED)
@@ -6,6 +6,10 @@ if(NOT CMAKE_CROSSCOMPILING)
   find_package(fmt REQUIRED)
   find_package(CLI11 REQUIRED)
   find_package(nlohmann_json REQUIRED GLOBAL)
+  find_path(MVRTPFEC_ASIO asio.hpp REQUIRED)
+  find_package(Threads REQUIRED)
+  add_library(asio INTERFACE IMPORTED GLOBAL)
+  target_link_libraries(asio INTERFACE Threads::Threads)
   return()
 endif()
 
@@ -23,6 +27,8 @@ function(mvrtpfec_headers target folder)
   target_include_directories(${target} INTERFACE "${headers}")
 endfunction()
 
+mvrtpfec_headers(asio asio)
+target_link_libraries(asio INTERFACE ws2_32 mswsock)
 mvrtpfec_headers(fmt::fmt fmt)
 target_compile_definitions(fmt::fmt INTERFACE FMT_HEADER_ONLY)
 mvrtpfec_headers(CLI11::CLI11 CLI)

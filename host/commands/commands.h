@@ -19,5 +19,6 @@ void addSimulateCommand(CLI::App& app);
 void addPacketizeCommand(CLI::App& app);
 void addUnitsCommand(CLI::App& app);
 void addSelftestCommand(CLI::App& app);
+void addStreamCommand(CLI::App& app);
 
 }  // namespace mvrtpfec

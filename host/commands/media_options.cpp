@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include "host/commands/choice_option.h"
+
 namespace mvrtpfec {
 
 void addFormatOption(CLI::App& command, const StreamFormat*& format) {
@@ -27,6 +29,17 @@ void addFrameRateOption(CLI::App& command, std::optional<FrameRate>& rate) {
             "Pictures a second of video, as 25, 29.97 or 30000/1001; left out: as "
             "the stream says, else 25")
         ->type_name("F");
+}
+
+void addParameterSetOption(CLI::App& command, ParameterSetMode& mode) {
+    addChoice(
+        command, "--parameter-sets", mode,
+        {{"sdp", ParameterSetMode::sdp},
+         {"rewrite", ParameterSetMode::rewritten},
+         {"inband", ParameterSetMode::inBand}},
+        "H.264 parameter sets: into the session description as they are (sdp), written anew (rewrite), or "
+        "into the stream too, with SEI and delimiters (inband) [sdp]")
+        ->type_name("MODE");
 }
 
 std::string formatList(bool withPacketizerOnly) {

@@ -6,6 +6,7 @@
 
 #include "host/media/frame_rate.h"
 #include "host/media/stream_format.h"
+#include "rtp_media/chain/rtp_packet_builder.h"
 
 namespace mvrtpfec {
 
@@ -13,6 +14,7 @@ namespace mvrtpfec {
 
 void addFormatOption(CLI::App& command, const StreamFormat*& format);
 void addFrameRateOption(CLI::App& command, std::optional<FrameRate>& rate);
+void addParameterSetOption(CLI::App& command, ParameterSetMode& mode);
 /// The names and what they stand for, a line each.
 std::string formatList(bool withPacketizerOnly);
 

@@ -4,7 +4,6 @@
 
 #include <fmt/format.h>
 
-#include "host/commands/choice_option.h"
 #include "host/commands/commands.h"
 #include "host/commands/media_options.h"
 #include "host/commands/options.h"
@@ -150,14 +149,7 @@ void addPacketOptions(CLI::App& command, PacketizeOptions& options) {
                     "RTP payload type [96; of a transport stream 33, and no other]")
         ->check(CLI::Range(0, mostPayloadType))
         ->type_name("N");
-    addChoice(
-        command, "--parameter-sets", options.parameterSets,
-        {{"sdp", ParameterSetMode::sdp},
-         {"rewrite", ParameterSetMode::rewritten},
-         {"inband", ParameterSetMode::inBand}},
-        "H.264 parameter sets: into the session description as they are (sdp), written anew (rewrite), or "
-        "into the stream too, with SEI and delimiters (inband) [sdp]")
-        ->type_name("MODE");
+    addParameterSetOption(command, options.parameterSets);
     command.add_option("--ssrc", options.ssrc, "SSRC of the packets")->capture_default_str()->type_name("N");
 }
 

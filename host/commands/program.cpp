@@ -58,6 +58,7 @@ int runProgram(const std::vector<std::string>& arguments) {
     addSimulateCommand(app);
     addPacketizeCommand(app);
     addUnitsCommand(app);
+    addStreamCommand(app);
     addSelftestCommand(app);
 
     try {

@@ -7,17 +7,22 @@
 namespace mvrtpfec {
 
 std::string sessionText(const RTPPacketBuilder& packetizer, bool isVideo) {
-    std::string text = fmt::format(
+    const std::string text = fmt::format(
         "v=0\r\no=- 0 0 IN IP4 127.0.0.1\r\ns=mvrtpfec\r\nc=IN IP4 127.0.0.1\r\nt=0 0\r\nm={} {} RTP/AVP "
         "{}\r\n",
         isVideo ? "video" : "audio", packetizer.port(), packetizer.payloadType());
-    for (const char c : packetizer.sdpAttributes()) {
+    return text + withLineEnds(packetizer.sdpAttributes()) + "\r\n";
+}
+
+std::string withLineEnds(std::string_view text) {
+    std::string lines;
+    for (const char c : text) {
         if (c == '\\')
-            text += "\r\n";
+            lines += "\r\n";
         else
-            text += c;
+            lines += c;
     }
-    return text + "\r\n";
+    return lines;
 }
 
 void writeSession(const std::filesystem::path& path, const std::string& text) {

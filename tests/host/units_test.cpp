@@ -167,7 +167,7 @@ TEST_F(UnitsCommand, BrokenRecordsAreNamedByTheirPlace) {
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.text, "mvrtpfec: klv.bin: at byte 0: no universal key begins here\n");
     items = streamBytes("klv.bin");
-    items.resize(items.size() - 5);
+    for (int i = 0; i < 5; ++i) items.pop_back();
     store("cut.klv", items);
     EXPECT_EQ(figures("units cut.klv --format klv --summary")["unit_bytes"], items.size())
         << "the last one is cut off";
