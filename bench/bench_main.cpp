@@ -64,6 +64,7 @@ int main(int argc, char** argv) {
     mvrtpfec::bench::registerReorderBenchmarks();
     mvrtpfec::bench::registerGraphBenchmarks();
     mvrtpfec::bench::registerPacketizeBenchmarks();
+    mvrtpfec::bench::registerScheduleBenchmarks();
     try {
         Recorder recorder;
         benchmark::RunSpecifiedBenchmarks(&recorder);

@@ -30,5 +30,6 @@ void registerDecoderBenchmarks();
 void registerReorderBenchmarks();
 void registerGraphBenchmarks();
 void registerPacketizeBenchmarks();
+void registerScheduleBenchmarks();
 
 }  // namespace mvrtpfec::bench

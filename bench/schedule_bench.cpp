@@ -1,0 +1,126 @@
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include "bench/targets.h"
+#include "framework/base/com_ptr.h"
+#include "rtp_media/chain/simple_media_data.h"
+#include "rtp_media/send/rtp_scheduler.h"
+
+namespace mvrtpfec::bench {
+
+namespace {
+
+constexpr std::size_t payloadSize = 1300;
+constexpr std::int64_t packetsARound = 15;  // of each stream: 1000 a second
+constexpr REFERENCE_TIME millisecond = 10'000;
+
+/// Stands until it is moved.
+class HandClock final : public IReferenceClock {
+public:
+    STDMETHODIMP QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
+    STDMETHODIMP_(ULONG) Release() override { return 1; }
+    STDMETHODIMP GetTime(REFERENCE_TIME* time) override {
+        *time = now;
+        return S_OK;
+    }
+    STDMETHODIMP AdviseTime(REFERENCE_TIME, REFERENCE_TIME, HEVENT, DWORD_PTR*) override { return E_NOTIMPL; }
+    STDMETHODIMP AdvisePeriodic(REFERENCE_TIME, REFERENCE_TIME, HSEMAPHORE, DWORD_PTR*) override {
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP Unadvise(DWORD_PTR) override { return E_NOTIMPL; }
+
+    REFERENCE_TIME now = 1'000'000 * millisecond;
+};
+
+/// Takes every packet into the same buffer.
+class NullOutput : public IOutputPin {
+public:
+    HRESULT Deliver(IMediaData*) override {
+        ++delivered;
+        return S_OK;
+    }
+    HRESULT DeliverEndOfStream() override { return S_OK; }
+    HRESULT GetDeliveryBuffer(IMediaData** data, REFERENCE_TIME*, REFERENCE_TIME*, DWORD) override {
+        buffer_->AddRef();
+        *data = buffer_.p;
+        return S_OK;
+    }
+    HRESULT DecideBufferSize(IMemAllocator*, ALLOCATOR_PROPERTIES*) override { return S_OK; }
+    HRESULT Active() override { return S_OK; }
+    HRESULT Inactive() override { return S_OK; }
+
+    std::int64_t delivered = 0;
+
+private:
+    CComPtr<SimpleMediaData> buffer_ = SimpleMediaData::create(std::vector<BYTE>(1500));
+};
+
+/// Gives out pictures of one packet each.
+class PictureSource : public NALBuilder {
+public:
+    void input(IMediaData*) override {}
+    void flush() override {}
+    void give(REFERENCE_TIME time) {
+        static const std::vector<std::uint8_t> picture = [] {
+            std::vector<std::uint8_t> bytes(payloadSize, 0x55);
+            bytes[0] = bytes[1] = 0;
+            bytes[2] = 1;
+            bytes[3] = 0xB6;
+            return bytes;
+        }();
+        auto unit = std::make_unique<NAL>(StreamType::mpeg4Visual, static_cast<std::int32_t>(payloadSize));
+        unit->append(picture);
+        unit->timing.hasPts = 1;
+        unit->timing.pts = time;
+        emit(std::move(unit));
+    }
+};
+
+/// Rounds are gone by hand; the worker is never told to run.
+class HandScheduler : public RTPScheduler {
+public:
+    using RTPScheduler::round;
+    using RTPScheduler::RTPScheduler;
+};
+
+void scheduleRounds(benchmark::State& state, std::uint32_t count) {
+    HandClock clock;
+    NullOutput media;
+    NullOutput reports;
+    std::vector<PictureSource> sources(count);
+    HandScheduler scheduler(&clock, {});
+    for (std::uint32_t i = 0; i < count; ++i)
+        scheduler.addStream(i, StreamType::mpeg4Visual, 5000, 96, &media, &reports, &sources[i], 0,
+                            ParameterSetMode::sdp);
+    for (auto _ : state) {
+        state.PauseTiming();
+        for (auto& source : sources) {
+            for (std::int64_t i = 0; i < packetsARound; ++i)
+                source.give(clock.now - 2000 * millisecond + i * millisecond);
+        }
+        clock.now += packetsARound * millisecond;
+        state.ResumeTiming();
+        scheduler.round();
+    }
+    const std::int64_t packets = state.iterations() * packetsARound * count;
+    if (media.delivered != packets) state.SkipWithError("packets are missing");
+    state.SetItemsProcessed(packets);
+}
+
+}  // namespace
+
+void registerScheduleBenchmarks() {
+    benchmark::RegisterBenchmark("schedule/1000-streams", scheduleRounds, 1000);
+    benchmark::RegisterBenchmark("schedule/2000-streams", scheduleRounds, 2000);
+    // A million packets a second in all leave a microsecond for each.
+    addTarget({"schedule/1000-streams", "schedule/1000-streams", "", 1000});
+    // The figures are a packet's, so the cost of a round grows with the streams and no faster. Below this many the
+    // packets of a round fit into the caches.
+    addTarget({"schedule/2000 to 1000 streams", "schedule/2000-streams", "schedule/1000-streams", 1.3});
+}
+
+}  // namespace mvrtpfec::bench
