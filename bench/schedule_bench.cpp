@@ -7,7 +7,7 @@
 #include "bench/targets.h"
 #include "framework/base/com_ptr.h"
 #include "rtp_media/chain/simple_media_data.h"
-#include "rtp_media/send/rtp_scheduler.h"
+#include "tests/rtp_media/send/hand_scheduler.h"
 
 namespace mvrtpfec::bench {
 
@@ -15,26 +15,7 @@ namespace {
 
 constexpr std::size_t payloadSize = 1300;
 constexpr std::int64_t packetsARound = 15;  // of each stream: 1000 a second
-constexpr REFERENCE_TIME millisecond = 10'000;
-
-/// Stands until it is moved.
-class HandClock final : public IReferenceClock {
-public:
-    STDMETHODIMP QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-    STDMETHODIMP GetTime(REFERENCE_TIME* time) override {
-        *time = now;
-        return S_OK;
-    }
-    STDMETHODIMP AdviseTime(REFERENCE_TIME, REFERENCE_TIME, HEVENT, DWORD_PTR*) override { return E_NOTIMPL; }
-    STDMETHODIMP AdvisePeriodic(REFERENCE_TIME, REFERENCE_TIME, HSEMAPHORE, DWORD_PTR*) override {
-        return E_NOTIMPL;
-    }
-    STDMETHODIMP Unadvise(DWORD_PTR) override { return E_NOTIMPL; }
-
-    REFERENCE_TIME now = 1'000'000 * millisecond;
-};
+constexpr REFERENCE_TIME millisecond = test::HandClock::millisecond;
 
 /// Takes every packet into the same buffer.
 class NullOutput : public IOutputPin {
@@ -80,19 +61,12 @@ public:
     }
 };
 
-/// Rounds are gone by hand; the worker is never told to run.
-class HandScheduler : public RTPScheduler {
-public:
-    using RTPScheduler::round;
-    using RTPScheduler::RTPScheduler;
-};
-
 void scheduleRounds(benchmark::State& state, std::uint32_t count) {
-    HandClock clock;
+    test::HandClock clock;
     NullOutput media;
     NullOutput reports;
     std::vector<PictureSource> sources(count);
-    HandScheduler scheduler(&clock, {});
+    test::HandScheduler scheduler(&clock, {});
     for (std::uint32_t i = 0; i < count; ++i)
         scheduler.addStream(i, StreamType::mpeg4Visual, 5000, 96, &media, &reports, &sources[i], 0,
                             ParameterSetMode::sdp);

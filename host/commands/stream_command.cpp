@@ -161,11 +161,14 @@ void runStream(const StreamOptions& options) {
     Sending sending(options, lanes, target.port(), target.address().to_string());
     sending.run();
     std::uint64_t packets = 0;
+    std::uint64_t refused = 0;
     for (const auto& lane : lanes) {
         fmt::print(stderr, "{}: {} packets, {} bytes, {} reports\n", platform::utf8From(lane->input.path()),
                    lane->media.packets(), lane->media.bytes(), lane->reports.packets());
         packets += lane->media.packets();
+        refused += lane->media.refused();
     }
+    if (refused > 0) fmt::print(stderr, "datagrams that the system did not send: {}\n", refused);
     fmt::print(stderr, "late packets: {}\n", sending.late());
     if (packets == 0 && !platform::wasInterrupted())
         throw std::runtime_error("no packet came out of any file");

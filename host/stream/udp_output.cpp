@@ -32,7 +32,10 @@ HRESULT UdpOutput::Deliver(IMediaData* data) {
     socket_.send(asio::buffer(bytes, size), 0, error);
     // That is what became of an earlier datagram; this one hasn't left yet.
     if (error == asio::error::connection_refused) socket_.send(asio::buffer(bytes, size), 0, error);
-    if (error && error != asio::error::connection_refused) return E_FAIL;
+    if (error) {
+        ++refused_;
+        return S_OK;
+    }
     ++packets_;
     bytes_ += size;
     return S_OK;

@@ -14,7 +14,8 @@
 namespace mvrtpfec {
 
 /// An output whose samples leave as datagrams. It has one buffer, so its caller delivers it before asking for
-/// the next. That nobody listens at the other end is no failure.
+/// the next. A datagram that can't leave is lost and counted, as one on its way would be: a network that
+/// fails for a while must not hold up what comes after.
 class UdpOutput final : public IOutputPin {
 public:
     /// Throws std::system_error when no socket can be had or the address can't be reached.
@@ -32,12 +33,15 @@ public:
     std::string localAddress() const;
     std::uint64_t packets() const noexcept { return packets_; }
     std::uint64_t bytes() const noexcept { return bytes_; }
+    /// Datagrams that the system refused to send.
+    std::uint64_t refused() const noexcept { return refused_; }
 
 private:
     asio::ip::udp::socket socket_;
     CComPtr<SimpleMediaData> buffer_;
     std::atomic<std::uint64_t> packets_{0};
     std::atomic<std::uint64_t> bytes_{0};
+    std::atomic<std::uint64_t> refused_{0};
 };
 
 }  // namespace mvrtpfec

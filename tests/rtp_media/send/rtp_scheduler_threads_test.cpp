@@ -1,7 +1,7 @@
 #include <chrono>
 #include <thread>
 
-#include "platform/sync.h"
+#include "host/stream/steady_clock.h"
 #include "tests/rtp_media/send/scheduler_fixture.h"
 
 namespace mvrtpfec::test {
@@ -9,33 +9,13 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// The system's time, so that rounds of the worker find packets due.
-class RunningClock final : public IReferenceClock {
-public:
-    STDMETHODIMP QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-    STDMETHODIMP GetTime(REFERENCE_TIME* time) override {
-        *time = std::chrono::steady_clock::now().time_since_epoch() / 100ns;
-        return S_OK;
-    }
-    STDMETHODIMP AdviseTime(REFERENCE_TIME, REFERENCE_TIME, HEVENT, DWORD_PTR*) override { return E_NOTIMPL; }
-    STDMETHODIMP AdvisePeriodic(REFERENCE_TIME, REFERENCE_TIME, HSEMAPHORE, DWORD_PTR*) override {
-        return E_NOTIMPL;
-    }
-    STDMETHODIMP Unadvise(DWORD_PTR) override { return E_NOTIMPL; }
-};
-
 struct SchedulerThreads : testing::Test {
-    REFERENCE_TIME now() {
-        REFERENCE_TIME time = 0;
-        clock.GetTime(&time);
-        return time;
-    }
     /// A packet that has been due for a moment.
-    void feedDue() { lane.parser.picture(now() - 2 * HandClock::second - HandClock::millisecond); }
+    void feedDue() {
+        lane.parser.picture(SteadyClock::now() - 2 * HandClock::second - HandClock::millisecond);
+    }
 
-    RunningClock clock;
+    SteadyClock clock;
     SchedulerTest::Lane lane;
 };
 
@@ -53,7 +33,7 @@ TEST_F(SchedulerThreads, CommandsAreAcknowledgedAndAPauseSendsNothing) {
     std::this_thread::sleep_for(50ms);
     EXPECT_TRUE(lane.media.take().empty());
     scheduler.run();
-    lane.parser.picture(now() - 2 * HandClock::second + 200 * HandClock::millisecond);
+    lane.parser.picture(SteadyClock::now() - 2 * HandClock::second + 200 * HandClock::millisecond);
     scheduler.drain();
     EXPECT_EQ(before + lane.media.take().size(), 3U) << "what was queued has left";
     scheduler.waitForExit();
@@ -65,7 +45,7 @@ TEST_F(SchedulerThreads, AbortDropsWhatIsQueued) {
     scheduler.addStream(1, StreamType::mpeg4Visual, 5000, 96, &lane.media, &lane.reports, &lane.parser, 0,
                         ParameterSetMode::sdp);
     scheduler.run();
-    for (int i = 0; i < 100; ++i) lane.parser.picture(now());
+    for (int i = 0; i < 100; ++i) lane.parser.picture(SteadyClock::now());
     scheduler.abort();
     scheduler.waitForExit();
     EXPECT_TRUE(lane.media.take().empty());
