@@ -91,10 +91,12 @@ std::uint8_t levelOf(const AvcSps& sps) {
     return older && sps.levelIdc == 11 && (sps.constraintFlags & 0x10) != 0 ? 9 : sps.levelIdc;
 }
 
-/// cpbBrNalFactor (table A-2, A.3.1).
+/// cpbBrNalFactor (table A-2; the multiview profiles 118 and 128 have that of High, H.10.2.1).
 std::uint32_t nalFactor(std::uint8_t profileIdc) {
     switch (profileIdc) {
         case 100:
+        case 118:
+        case 128:
             return 1500;
         case 110:
             return 3600;

@@ -9,10 +9,12 @@ namespace mvrtpfec {
 
 namespace {
 
-/// Clock ticks of the stream in ticks of 90 kHz, truncated. Absurd parameters wrap around.
-std::int64_t ticksOf(std::uint64_t count, std::uint32_t unitsInTick, std::uint32_t timeScale) {
-    const auto product = static_cast<std::int64_t>(count * unitsInTick * NALH264Manager::clockRate);
-    return product / std::int64_t{timeScale};
+/// Clock ticks of the stream in ticks of 90 kHz, truncated; of either sign. Whole ticks and the rest apart,
+/// since the product of all three outgrows 64 bits within weeks of a stream that counts in 27 MHz.
+std::uint64_t ticksOf(std::uint64_t count, std::uint32_t unitsInTick, std::uint32_t timeScale) {
+    const std::uint64_t perTick = unitsInTick * NALH264Manager::clockRate;
+    const auto rest = static_cast<std::int64_t>(count * (perTick % timeScale));
+    return count * (perTick / timeScale) + static_cast<std::uint64_t>(rest / std::int64_t{timeScale});
 }
 
 }  // namespace
@@ -100,6 +102,11 @@ std::optional<NALH264Manager::Times> NALH264Manager::takeSlice(std::span<const s
     }
 }
 
+std::optional<NALH264Manager::Times> NALH264Manager::pictureTimes() {
+    if (!currentSps_) return std::nullopt;
+    return timesBy(*spsById_[*currentSps_]);
+}
+
 std::optional<NALH264Manager::Times> NALH264Manager::timesBy(const AvcSps& sps) {
     if (!timing_.isKnown()) return std::nullopt;
     if (std::exchange(timing_.bufferingHere, false)) {
@@ -115,9 +122,8 @@ std::optional<NALH264Manager::Times> NALH264Manager::timesBy(const AvcSps& sps) 
         anchorValid_ = true;
     }
     Times times;
-    times.presentation =
-        static_cast<std::uint64_t>(ticksOf(outputCount - firstOutputCount_, units, scale)) + anchorTime_;
-    const auto delay = static_cast<std::uint64_t>(ticksOf(timing_.outputDelay, units, scale));
+    times.presentation = ticksOf(outputCount - firstOutputCount_, units, scale) + anchorTime_;
+    const std::uint64_t delay = ticksOf(timing_.outputDelay, units, scale);
     times.decode = delay <= times.presentation ? times.presentation - delay : 0;
     return times;
 }

@@ -39,6 +39,9 @@ public:
     /// the slice is malformed. `rbsp` may end behind the slice header.
     std::optional<Times> takeSlice(std::span<const std::uint8_t> rbsp, std::uint8_t nalHeader);
 
+    /// The same for a unit of the picture that has no slice header.
+    std::optional<Times> pictureTimes();
+
     /// The next picture with times is presented at `time`, ticks of 90 kHz.
     void resetAnchor(std::uint64_t time);
     bool isAnchorValid() const noexcept { return anchorValid_; }

@@ -71,7 +71,15 @@ void RTPPacketBuilderH264::onNAL(std::unique_ptr<NAL> unit) {
     if (!take(*unit)) return;
     if (queue_.empty()) firstPacketDiscontinuity_ = unit->timing.hasPts && unit->timing.discontinuity;
     packetize(std::move(unit));
-    if (queue_.size() >= longestQueue && accessUnitPending_) closeAccessUnit();
+    if (queue_.size() >= longestQueue) endOverlongQueue();
+}
+
+void RTPPacketBuilderH264::endOverlongQueue() {
+    if (accessUnitPending_) {
+        closeAccessUnit();
+    } else {
+        queue_.clear();  // no picture that they belong to has come, as none does without timing
+    }
 }
 
 /// Learns from the unit; true when it is to be sent.
@@ -99,13 +107,19 @@ bool RTPPacketBuilderH264::takeSlice(NAL& unit) {
     pts_ += frameDuration(frameTicks_, timeScale_);
     const SampleTiming timing = in90k(unit.timing);
     if (timing.hasPts) manager_.resetAnchor(static_cast<std::uint64_t>(timing.pts));
-    const auto& header = *unit.header();
+    setTimes(timing, timesToldFor(unit));
+    accessUnitPending_ = true;
+    return true;
+}
+
+/// Filler is of the picture before it; its bytes would pass for a slice header that never ends.
+std::optional<NALH264Manager::Times> RTPPacketBuilderH264::timesToldFor(NAL& unit) {
+    const std::uint8_t header = unit.header()->value;
+    if ((header & 0x1F) == filler) return manager_.pictureTimes();
     std::vector<std::uint8_t> start;
     const auto bytes = withoutStartCode(unit).subspan(1);
     removeEmulationPrevention(bytes.first(std::min(sliceHeaderBytes, bytes.size())), start);
-    setTimes(timing, manager_.takeSlice(start, header.value));
-    accessUnitPending_ = true;
-    return true;
+    return manager_.takeSlice(start, header);
 }
 
 void RTPPacketBuilderH264::setTimes(const SampleTiming& timing,

@@ -31,10 +31,12 @@ private:
     bool takeSei(NAL& unit);
     bool takeSps(NAL& unit);
     bool takePps(NAL& unit);
+    std::optional<NALH264Manager::Times> timesToldFor(NAL& unit);
     void setTimes(const SampleTiming& timing, const std::optional<NALH264Manager::Times>& told);
 
     void describe();
     void closeAccessUnit();
+    void endOverlongQueue();
     void packetize(std::unique_ptr<NAL> unit);
     void fragment(const NAL& unit, NAL::Header header);
     void queue(std::unique_ptr<NAL> chunk, std::int32_t payloadOffset, std::vector<std::uint8_t> prefix);

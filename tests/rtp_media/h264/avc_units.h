@@ -75,8 +75,10 @@ inline Bytes sliceUnit(std::size_t size = 20, std::uint8_t header = 0x01) {
     return unit;
 }
 
-/// SEI messages by hrdSps(): a buffering period, picture timing, or both.
-inline Bytes seiUnit(bool bufferingPeriod, std::optional<std::pair<unsigned, unsigned>> timing) {
+/// SEI messages by hrdSps(): a buffering period, picture timing, or both. `removalBits`: five, and bytes
+/// more.
+inline Bytes seiUnit(bool bufferingPeriod, std::optional<std::pair<unsigned, unsigned>> timing,
+                     unsigned removalBits = 5) {
     avcSyntaxWriter sei;
     if (bufferingPeriod) {
         sei.u(8, 0);
@@ -88,8 +90,8 @@ inline Bytes seiUnit(bool bufferingPeriod, std::optional<std::pair<unsigned, uns
     }
     if (timing) {
         sei.u(8, 1);
-        sei.u(8, 2);
-        sei.u(5, timing->first);
+        sei.u(8, (removalBits + 11) / 8);
+        sei.u(removalBits, timing->first);
         sei.u(5, timing->second);
         sei.u(6, 0x20);
     }

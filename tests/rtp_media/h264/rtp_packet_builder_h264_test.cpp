@@ -83,6 +83,39 @@ TEST_F(H264Test, SendsNothingWithoutTimingAndDropsWhatIsNoUnit) {
     EXPECT_EQ(packetizer.ends, 1);
 }
 
+TEST_F(H264Test, KeepsNoEndlessQueueWherePicturesDoNotComeOrEnd) {
+    constexpr std::size_t longest = 65536;
+    Packetizer sender(StreamType::h264, ParameterSetMode::inBand);
+    for (std::size_t i = 0; i < longest; ++i) sender.give(delimiter());
+    EXPECT_TRUE(sender.sent.empty());
+    sender.give(spsUnit(plainSps()));
+    sender.give(ppsUnit());
+    sender.give(sliceUnit());
+    sender.give(delimiter());
+    EXPECT_EQ(sender.take().size(), 3U) << "what no picture came for is gone";
+    for (std::size_t i = 1; i < longest - 1; ++i) sender.give(sliceUnit());
+    EXPECT_TRUE(sender.sent.empty()) << "pictures with nothing between them are one";
+    sender.give(sliceUnit());
+    EXPECT_EQ(sender.sent.size(), longest);
+}
+
+TEST(AvcBitRate, IsTheLevelsByTheProfile) {
+    struct Case {
+        std::uint8_t profile, flags, level;
+        std::uint32_t rate;
+    };
+    for (const auto& [profile, flags, level, rate] :
+         {Case{66, 0x10, 11, 153'600}, Case{66, 0, 11, 230'400}, Case{100, 0x10, 11, 288'000},
+          Case{100, 0, 9, 192'000}, Case{110, 0, 31, 50'400'000}, Case{128, 0, 40, 30'000'000},
+          Case{244, 0, 62, 3'840'000'000}, Case{77, 0, 99, 0}}) {
+        AvcSps sps = plainSps();
+        sps.profileIdc = profile;
+        sps.constraintFlags = flags;
+        sps.levelIdc = level;
+        EXPECT_EQ(avcBitRate(sps), rate) << int{profile} << ' ' << int{level};
+    }
+}
+
 TEST_F(H264Test, EachSliceIsAFrameLaterUnlessTheSampleHasATime) {
     begin(packetizer);
     packetizer.give(sliceUnit());
@@ -158,7 +191,12 @@ TEST_F(H264Test, WritesTheParameterSetsOfRealEncodersBackAsTheyWere) {
 TEST_F(H264Test, SurvivesDamagedUnits) {
     for (const char* name : {"h264_bframes_hrd.264", "h264_interlaced_hrd.264"}) {
         const auto parser = createNALBuilder(StreamType::h264);
-        abuse(StreamType::h264, unitsOf(*parser, sampleStream(name), [] { return 1U << 20; }), 11);
+        const auto units = unitsOf(*parser, sampleStream(name), [] { return 1U << 20; });
+        abuse(StreamType::h264, units, 11);
+        for (const Bytes& unit : units) {
+            for (std::size_t size = 0; size < std::min<std::size_t>(unit.size(), 100); ++size)
+                packetizer.give(Bytes(unit.begin(), unit.begin() + static_cast<std::ptrdiff_t>(size)));
+        }
     }
 }
 

@@ -68,6 +68,32 @@ TEST_F(SeiTiming, ADelayThatFallsWithoutReasonStartsAnew) {
     EXPECT_EQ(times(), (Times{{0, 0}, {20, 18}, {22, 22}, {0, 0}}));
 }
 
+TEST_F(SeiTiming, FillerHasTheTimesOfItsPicture) {
+    const Bytes ones{0, 0, 1, 12, 0xFF, 0xFF, 0xFF, 0xFF, 0x80};
+    picture(true, 0, 2);
+    packetizer.give(ones);
+    picture(false, 2, 6);
+    packetizer.give(ones);
+    picture(false, 4, 2);
+    packetizer.give(ones);
+    EXPECT_EQ(times(), (Times{{0, 0}, {0, 0}, {6, 0}, {6, 0}, {4, 2}, {4, 2}}));
+}
+
+TEST(SeiTimingOfALongStream, CountsOnForMonths) {
+    AvcSps sps = hrdSps();
+    sps.vui.numUnitsInTick = 540'000;
+    sps.vui.timeScale = 27'000'000;
+    sps.vui.nalHrd.removalDelayLengthMinus1 = 28;
+    constexpr unsigned months = 500'000'000;
+    Packetizer packetizer(StreamType::h264);
+    for (const auto& unit : {spsUnit(sps), ppsUnit(), seiUnit(true, std::pair{0U, 2U}, 29), sliceUnit(),
+                             seiUnit(false, std::pair{months, 2U}, 29), sliceUnit(), delimiter()})
+        packetizer.give(unit);
+    ASSERT_EQ(packetizer.sent.size(), 2U);
+    EXPECT_EQ(packetizer.sent[1].pts, std::uint64_t{months} * 1800);
+    EXPECT_EQ(packetizer.sent[1].ptsOrDts, (std::uint64_t{months} - 2) * 1800);
+}
+
 TEST_F(SeiTiming, ASampleTimeIsWhereTheCountGoesOnFrom) {
     packetizer.give(seiUnit(true, std::pair{0U, 4U}));
     packetizer.give(sliceUnit(), 90'000);
