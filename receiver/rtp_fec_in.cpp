@@ -91,13 +91,13 @@ HRESULT CRtpFecIn::Receive(std::int32_t input, CComPtr<IMediaSample> sample) {
     const CAutoLock lock(&filterLock_);
     if (m_State == State_Stopped) return S_OK;
     if (sample == nullptr) {
-        sampleQueue_.append(nullptr);
+        sampleQueue_.append({nullptr, run_});
         return S_OK;
     }
     ReorderBuffer& buffer = *reorderBuffers_[static_cast<std::size_t>(input)];
     buffer.Push(sample);
     CComPtr<IMediaSample> due;
-    while (buffer.Pop(due)) sampleQueue_.append(std::move(due));
+    while (buffer.Pop(due)) sampleQueue_.append({std::move(due), run_});
     return S_OK;
 }
 
@@ -109,7 +109,11 @@ void CRtpFecIn::ProcessSamples() {
 void CRtpFecIn::processNext() {
     const auto entry = sampleQueue_.takeFront();
     if (!entry) return;
-    const HRESULT result = tellingLackOfMemory([&] { return ProcessSample(*entry); });
+    const HRESULT result = tellingLackOfMemory([&] {
+        const CAutoLock lock(&decoderLock_);
+        // The worker may have held it while the filter was stopped and started again.
+        return entry->run == run_ ? ProcessSample(entry->sample) : S_OK;
+    });
     if (FAILED(result) && result != VFW_E_NOT_COMMITTED) report(result);
 }
 
@@ -185,6 +189,7 @@ void CRtpFecIn::replaceRejecting() {
 HRESULT CRtpFecIn::Pause() {
     return guardedEntry([&] {
         const FILTER_STATE before = m_State;
+        if (before == State_Stopped) ++run_;
         const HRESULT result = CBaseFilter::Pause();
         if (FAILED(result)) return result;
         if (before == State_Stopped) startRun();

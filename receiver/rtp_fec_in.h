@@ -112,6 +112,7 @@ private:
     std::atomic<IErrorSink*> errorSink_{nullptr};
     CCriticalSection decoderLock_{0};
     std::unique_ptr<RunDecoder> decoder_;
+    std::atomic<std::uint32_t> run_{0};  ///< counts the starts from stopped
     bool inRun_ = false;
     RtpFecInTotals past_;  ///< of the run's decoders that are gone
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <optional>
 
@@ -15,7 +16,10 @@ namespace mvrtpfec {
 /// taken before its entry is. Throws CAtlException when it can't be made.
 class SampleQueue {
 public:
-    using Entry = CComPtr<IMediaSample>;
+    struct Entry {
+        CComPtr<IMediaSample> sample;
+        std::uint32_t run = 0;  ///< number of the run that it came in
+    };
 
     /// Throws std::bad_alloc.
     void append(Entry entry);
