@@ -31,8 +31,11 @@ struct RTPSchedulerSettings {
 /// sender report a second for each stream, and keeps their session description.
 ///
 /// One worker thread goes round every 15 ms under the streams' lock. Streams are added and removed on the
-/// owner's thread while no parser that feeds them runs; the packets themselves come in without a lock. run,
-/// pause, drain and waitForExit come back when the worker has acknowledged, or has ended.
+/// owner's thread while no parser that feeds them runs; the packets themselves come in without a lock.
+///
+/// Any thread may command. run and pause come back when the worker has taken the command, which it does in
+/// every state and within a round, or has ended; drain and waitForExit when it has ended. A worker that was
+/// never told to run is as good as paused.
 class RTPScheduler : NonCopyable {
 public:
     /// Throws CAtlException, std::bad_alloc.
@@ -60,6 +63,7 @@ public:
     virtual std::string getSdp() const;
 
     virtual void run();
+    /// Nothing is sent from here on until run or drain.
     virtual void pause();
     /// Drops what is queued and ends the worker; doesn't wait.
     virtual void abort();
@@ -80,11 +84,18 @@ private:
     };
     using LateStreams = std::map<std::uint32_t, LateStream>;
 
+    /// Set until another command is acknowledged. The count tells an owner whose command that came between
+    /// has cleared it.
+    struct Acknowledgement {
+        CEvent event{true, false};
+        std::atomic<std::uint32_t> count{0};
+    };
+
     Poll waitForCommand();
     Poll pollCommands();
-    void acknowledge(CEvent& which);
-    void command(CEvent& event, const CEvent& acknowledgement);
-    void waitFor(const CEvent& acknowledgement);
+    void acknowledge(Acknowledgement& which);
+    void command(CEvent& event, Acknowledgement& acknowledgement);
+    bool waitFor(const Acknowledgement& acknowledgement, DWORD milliseconds);
 
     void sendDue(LateStreams& late);
     bool pass(LateStreams& late);
@@ -107,10 +118,10 @@ private:
     CEvent pauseEvent_{false, false};
     CEvent quitEvent_{false, false};
     CEvent drainEvent_{false, false};
-    CEvent pausedAck_{true, false};
-    CEvent runningAck_{true, false};
-    CEvent exitedAck_{true, false};
-    CEvent drainedAck_{true, false};
+    Acknowledgement pausedAck_;
+    Acknowledgement runningAck_;
+    Acknowledgement exitedAck_;
+    Acknowledgement drainedAck_;
     bool drainRequested_ = false;
     bool idle_ = false;
     std::atomic<bool> restartNeeded_{false};

@@ -20,23 +20,29 @@ void RTPScheduler::threadBody() {
     if (waitForCommand() == Poll::stop) return;
     while (pollCommands() == Poll::goOn) {
         // Set only when the thread ends, so this is the tick of the rounds.
-        WaitForSingleObject(exitedAck_, roundInterval);
+        WaitForSingleObject(exitedAck_.event, roundInterval);
         round();
     }
 }
 
+/// Before the first run, and while paused.
 RTPScheduler::Poll RTPScheduler::waitForCommand() {
-    const std::array<HANDLE, 3> commands{runEvent_, quitEvent_, drainEvent_};
-    switch (WaitForMultipleObjects(3, commands.data(), FALSE, INFINITE)) {
-        case WAIT_OBJECT_0:
-            acknowledge(runningAck_);
-            return Poll::goOn;
-        case WAIT_OBJECT_0 + 1:
-            acknowledge(exitedAck_);
-            return Poll::stop;
-        default:
-            drainRequested_ = true;
-            return Poll::goOn;
+    const std::array<HANDLE, 4> commands{pauseEvent_, runEvent_, quitEvent_, drainEvent_};
+    for (;;) {
+        switch (WaitForMultipleObjects(commands.size(), commands.data(), FALSE, INFINITE)) {
+            case WAIT_OBJECT_0:
+                acknowledge(pausedAck_);  // left for later, it would take back the next run
+                break;
+            case WAIT_OBJECT_0 + 1:
+                acknowledge(runningAck_);
+                return Poll::goOn;
+            case WAIT_OBJECT_0 + 2:
+                acknowledge(exitedAck_);
+                return Poll::stop;
+            default:
+                drainRequested_ = true;
+                return Poll::goOn;
+        }
     }
 }
 
@@ -61,22 +67,26 @@ RTPScheduler::Poll RTPScheduler::pollCommands() {
     return Poll::goOn;
 }
 
-void RTPScheduler::acknowledge(CEvent& which) {
-    for (CEvent* event : {&pausedAck_, &runningAck_, &exitedAck_, &drainedAck_}) {
-        if (event != &which) event->Reset();
+void RTPScheduler::acknowledge(Acknowledgement& which) {
+    for (Acknowledgement* other : {&pausedAck_, &runningAck_, &exitedAck_, &drainedAck_}) {
+        if (other != &which) other->event.Reset();
     }
-    which.Set();
+    ++which.count;
+    which.event.Set();
 }
 
-/// A worker that has ended acknowledges nothing any more.
-void RTPScheduler::command(CEvent& event, const CEvent& acknowledgement) {
+void RTPScheduler::command(CEvent& event, Acknowledgement& acknowledgement) {
+    const std::uint32_t before = acknowledgement.count;
+    acknowledgement.event.Reset();
     event.Set();
-    waitFor(acknowledgement);
+    while (acknowledgement.count == before && !waitFor(acknowledgement, roundInterval)) {
+    }
 }
 
-void RTPScheduler::waitFor(const CEvent& acknowledgement) {
-    const std::array<HANDLE, 2> either{acknowledgement, thread_.Handle()};
-    WaitForMultipleObjects(2, either.data(), FALSE, INFINITE);
+/// True for a worker that has ended as well, which acknowledges nothing any more.
+bool RTPScheduler::waitFor(const Acknowledgement& acknowledgement, DWORD milliseconds) {
+    const std::array<HANDLE, 2> either{acknowledgement.event, thread_.Handle()};
+    return WaitForMultipleObjects(either.size(), either.data(), FALSE, milliseconds) != WAIT_TIMEOUT;
 }
 
 void RTPScheduler::run() {
@@ -88,11 +98,12 @@ void RTPScheduler::pause() {
 }
 
 void RTPScheduler::drain() {
-    command(drainEvent_, drainedAck_);
+    drainEvent_.Set();
+    waitFor(drainedAck_, INFINITE);
 }
 
 void RTPScheduler::waitForExit() {
-    waitFor(exitedAck_);
+    waitFor(exitedAck_, INFINITE);
 }
 
 void RTPScheduler::abort() {

@@ -1,7 +1,9 @@
+#include <array>
 #include <chrono>
 #include <thread>
 
 #include "host/stream/steady_clock.h"
+#include "tests/filters/watchdog.h"
 #include "tests/rtp_media/send/scheduler_fixture.h"
 
 namespace mvrtpfec::test {
@@ -15,14 +17,18 @@ struct SchedulerThreads : testing::Test {
         lane.parser.picture(SteadyClock::now() - 2 * HandClock::second - HandClock::millisecond);
     }
 
+    void add(RTPScheduler& scheduler) {
+        scheduler.addStream(1, StreamType::mpeg4Visual, 5000, 96, &lane.media, &lane.reports, &lane.parser, 0,
+                            ParameterSetMode::sdp);
+    }
+
     SteadyClock clock;
     SchedulerTest::Lane lane;
 };
 
 TEST_F(SchedulerThreads, CommandsAreAcknowledgedAndAPauseSendsNothing) {
     RTPScheduler scheduler(&clock, SchedulerTest::settings());
-    scheduler.addStream(1, StreamType::mpeg4Visual, 5000, 96, &lane.media, &lane.reports, &lane.parser, 0,
-                        ParameterSetMode::sdp);
+    add(scheduler);
     feedDue();
     std::this_thread::sleep_for(50ms);
     EXPECT_TRUE(lane.media.take().empty()) << "not told to run";
@@ -42,8 +48,7 @@ TEST_F(SchedulerThreads, CommandsAreAcknowledgedAndAPauseSendsNothing) {
 
 TEST_F(SchedulerThreads, AbortDropsWhatIsQueued) {
     RTPScheduler scheduler(&clock, SchedulerTest::settings());
-    scheduler.addStream(1, StreamType::mpeg4Visual, 5000, 96, &lane.media, &lane.reports, &lane.parser, 0,
-                        ParameterSetMode::sdp);
+    add(scheduler);
     scheduler.run();
     for (int i = 0; i < 100; ++i) lane.parser.picture(SteadyClock::now());
     scheduler.abort();
@@ -51,43 +56,100 @@ TEST_F(SchedulerThreads, AbortDropsWhatIsQueued) {
     EXPECT_TRUE(lane.media.take().empty());
 }
 
-TEST_F(SchedulerThreads, ParsersFeedWhileOwnersCommandAndOutputsFail) {
-    for (int round = 0; round < 10; ++round) {
+// Each command in each state that the ones before it leave, and the destructor behind all of them.
+TEST_F(SchedulerThreads, EveryOrderOfCommandsReturns) {
+    struct Named {
+        const char* name;
+        void (RTPScheduler::*call)();
+    };
+    constexpr std::array<Named, 4> commands{{{"run", &RTPScheduler::run},
+                                             {"pause", &RTPScheduler::pause},
+                                             {"drain", &RTPScheduler::drain},
+                                             {"abort", &RTPScheduler::abort}}};
+    constexpr unsigned orders = 4 * 4 * 4;
+    Watchdog watchdog(20s);
+    for (unsigned order = 0; order < orders; ++order) {
         RTPScheduler scheduler(&clock, SchedulerTest::settings());
-        scheduler.addStream(1, StreamType::mpeg4Visual, 5000, 96, &lane.media, &lane.reports, &lane.parser, 0,
-                            ParameterSetMode::sdp);
+        add(scheduler);
+        bool hasEnded = false;
+        bool isSending = false;
+        for (unsigned rest = order, i = 0; i < 3; ++i, rest /= 4) {
+            const Named& command = commands[rest % 4];
+            watchdog.alive(command.name);
+            lane.media.take();
+            feedDue();
+            (scheduler.*command.call)();
+            hasEnded = hasEnded || rest % 4 >= 2;
+            isSending = !hasEnded && rest % 4 == 0;
+        }
+        if (hasEnded) scheduler.waitForExit();
+        lane.media.take();
+        feedDue();
+        std::this_thread::sleep_for(40ms);
+        EXPECT_EQ(!lane.media.take().empty(), isSending) << "order " << order;
+        watchdog.alive("destruction");
+    }
+}
+
+// A run that follows a run used to stay behind and take back the pause.
+TEST_F(SchedulerThreads, APauseHoldsAfterTwoRunsAndARunAfterTwoPauses) {
+    RTPScheduler scheduler(&clock, SchedulerTest::settings());
+    add(scheduler);
+    for (int i = 0; i < 5; ++i) {
+        scheduler.run();
+        scheduler.run();
+        scheduler.pause();
+        feedDue();
+        std::this_thread::sleep_for(40ms);
+        EXPECT_TRUE(lane.media.take().empty());
+        scheduler.pause();
+        scheduler.run();
+        std::this_thread::sleep_for(60ms);
+        EXPECT_EQ(lane.media.take().size(), 1U);
+    }
+}
+
+TEST_F(SchedulerThreads, OwnersCommandWhileParsersFeedAndOutputsFailAndBlock) {
+    Watchdog watchdog(20s);
+    for (int round = 0; round < 6; ++round) {
+        watchdog.alive("a round");
+        RTPScheduler scheduler(&clock, SchedulerTest::settings());
+        add(scheduler);
         std::atomic<bool> over{false};
-        std::thread parser([&] {
+        std::vector<std::thread> others;
+        others.emplace_back([&] {
             while (!over) {
                 feedDue();
                 std::this_thread::sleep_for(1ms);
             }
         });
-        std::thread owner([&] {
-            for (int i = 0; i < 5; ++i) {
-                scheduler.run();
-                scheduler.getSdp();
-                scheduler.pause();
-            }
-        });
-        std::thread failing([&] {
-            for (int i = 0; i < 20; ++i) {
-                lane.media.bufferResult = i % 2 == 0 ? VFW_E_NOT_COMMITTED : S_OK;
-                std::this_thread::sleep_for(3ms);
+        others.emplace_back([&] {
+            for (int i = 0; !over; ++i) {
+                lane.media.bufferResult = i % 3 == 0 ? VFW_E_NOT_COMMITTED : S_OK;
+                lane.media.isBlocked = i % 3 == 1;
+                std::this_thread::sleep_for(7ms);
             }
             lane.media.bufferResult = S_OK;
+            lane.media.isBlocked = false;
         });
-        owner.join();
-        failing.join();
+        std::vector<std::thread> owners;
+        for (int owner = 0; owner < 3; ++owner)
+            owners.emplace_back([&] {
+                for (int i = 0; i < 5; ++i) {
+                    scheduler.run();
+                    scheduler.getSdp();
+                    scheduler.pause();
+                }
+            });
+        for (std::thread& owner : owners) owner.join();
         over = true;
-        parser.join();
-        if (round % 2 == 0) {
-            scheduler.drain();
-        } else {
-            scheduler.abort();
-        }
+        for (std::thread& other : others) other.join();
+        feedDue();
+        round % 2 == 0 ? scheduler.drain() : scheduler.abort();
+        watchdog.alive("destruction");
+        const bool hasSent = !lane.media.take().empty();
+        EXPECT_TRUE(hasSent || round % 2 != 0) << "drained";
     }
-    EXPECT_FALSE(lane.media.take().empty());
 }
 
 }  // namespace

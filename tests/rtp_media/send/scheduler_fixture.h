@@ -1,10 +1,12 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdarg>
 #include <cstdint>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -16,7 +18,7 @@
 
 namespace mvrtpfec::test {
 
-/// An output that keeps what it gets, and fails when told.
+/// An output that keeps what it gets, and fails or blocks when told.
 class KeepingOutput : public IOutputPin {
 public:
     struct Kept {
@@ -25,7 +27,7 @@ public:
     };
 
     HRESULT Deliver(IMediaData* data) override {
-        if (FAILED(result)) return result;
+        if (const HRESULT failure = result; FAILED(failure)) return failure;
         BYTE* bytes = nullptr;
         data->GetPointer(&bytes);
         REFERENCE_TIME start = -1;
@@ -41,7 +43,8 @@ public:
         return result;
     }
     HRESULT GetDeliveryBuffer(IMediaData** data, REFERENCE_TIME*, REFERENCE_TIME*, DWORD) override {
-        if (FAILED(bufferResult)) return bufferResult;
+        while (isBlocked) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        if (const HRESULT failure = bufferResult; FAILED(failure)) return failure;
         *data = SimpleMediaData::create(Bytes(bufferSize)).Detach();
         return S_OK;
     }
@@ -57,6 +60,7 @@ public:
     std::size_t bufferSize = 1500;
     std::atomic<HRESULT> result{S_OK};
     std::atomic<HRESULT> bufferResult{S_OK};
+    std::atomic<bool> isBlocked{false};
     std::atomic<int> ends{0};
 
 private:
