@@ -5,6 +5,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/pacing.h"
 #include "bench/targets.h"
 
 // mvrtpfec_bench [--json FILE] [--benchmark_...]: measures everything in one run, interleaved, and holds
@@ -68,7 +69,9 @@ int main(int argc, char** argv) {
     try {
         Recorder recorder;
         benchmark::RunSpecifiedBenchmarks(&recorder);
-        return mvrtpfec::bench::reportTargets(recorder.measured(), json) ? 0 : 1;
+        const bool held = mvrtpfec::bench::reportTargets(recorder.measured(), json);
+        mvrtpfec::bench::printPacing();
+        return held ? 0 : 1;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "mvrtpfec_bench: %s\n", error.what());
         return 2;

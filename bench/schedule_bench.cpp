@@ -1,11 +1,15 @@
+#include <atomic>
+#include <deque>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
+#include "bench/picture_source.h"
 #include "bench/targets.h"
 #include "framework/base/com_ptr.h"
+#include "host/stream/steady_clock.h"
 #include "rtp_media/chain/simple_media_data.h"
 #include "tests/rtp_media/send/hand_scheduler.h"
 
@@ -13,7 +17,6 @@ namespace mvrtpfec::bench {
 
 namespace {
 
-constexpr std::size_t payloadSize = 1300;
 constexpr std::int64_t packetsARound = 15;  // of each stream: 1000 a second
 constexpr REFERENCE_TIME millisecond = test::HandClock::millisecond;
 
@@ -40,26 +43,41 @@ private:
     CComPtr<SimpleMediaData> buffer_ = SimpleMediaData::create(std::vector<BYTE>(1500));
 };
 
-/// Gives out pictures of one packet each.
-class PictureSource : public NALBuilder {
+/// As the worker itself goes round, on the system's clock; an error when a packet leaves late.
+class LateCount : public mvn::log::DummyLogPerf {
 public:
-    void input(IMediaData*) override {}
-    void flush() override {}
-    void give(REFERENCE_TIME time) {
-        static const std::vector<std::uint8_t> picture = [] {
-            std::vector<std::uint8_t> bytes(payloadSize, 0x55);
-            bytes[0] = bytes[1] = 0;
-            bytes[2] = 1;
-            bytes[3] = 0xB6;
-            return bytes;
-        }();
-        auto unit = std::make_unique<NAL>(StreamType::mpeg4Visual, static_cast<std::int32_t>(payloadSize));
-        unit->append(picture);
-        unit->timing.hasPts = 1;
-        unit->timing.pts = time;
-        emit(std::move(unit));
-    }
+    void AddPoliticChoices(std::int32_t) override { ++late; }
+    std::atomic<std::int64_t> late{0};
 };
+
+void scheduleLive(benchmark::State& state) {
+    constexpr std::size_t streams = 1000;
+    constexpr std::int64_t packets = 1000;  // of each stream, a second's
+    constexpr std::size_t smallPayload = 188;
+    for (auto _ : state) {
+        SteadyClock clock;
+        LateCount log;
+        NullOutput media;
+        NullOutput reports;
+        std::deque<PictureSource> sources;
+        for (std::size_t i = 0; i < streams; ++i) sources.emplace_back(smallPayload);
+        RTPScheduler scheduler(&clock, {});
+        scheduler.setLogger(&log);
+        for (std::uint32_t i = 0; i < streams; ++i)
+            scheduler.addStream(i, StreamType::mpeg4Visual, 5000, 96, &media, &reports, &sources[i], 0,
+                                ParameterSetMode::sdp);
+        // The first is due when everything is there.
+        const REFERENCE_TIME start = SteadyClock::now() + 1000 * millisecond;
+        for (std::int64_t i = 0; i < packets; ++i) {
+            for (auto& source : sources) source.give(start - 2000 * millisecond + i * millisecond);
+        }
+        scheduler.run();
+        scheduler.drain();
+        if (media.delivered != packets * static_cast<std::int64_t>(streams))
+            state.SkipWithError("packets are missing");
+        if (log.late > 0) state.SkipWithError((std::to_string(log.late) + " packets were late").c_str());
+    }
+}
 
 void scheduleRounds(benchmark::State& state, std::uint32_t count) {
     test::HandClock clock;
@@ -90,6 +108,7 @@ void scheduleRounds(benchmark::State& state, std::uint32_t count) {
 void registerScheduleBenchmarks() {
     benchmark::RegisterBenchmark("schedule/1000-streams", scheduleRounds, 1000);
     benchmark::RegisterBenchmark("schedule/2000-streams", scheduleRounds, 2000);
+    benchmark::RegisterBenchmark("schedule/1000-streams-live", scheduleLive)->Iterations(1)->Repetitions(1);
     // A million packets a second in all leave a microsecond for each.
     addTarget({"schedule/1000-streams", "schedule/1000-streams", "", 1000});
     // The figures are a packet's: what grows beyond the streams is what more packets miss the caches.

@@ -100,12 +100,7 @@ public:
             if (!described_ && scheduler_.isSdpReady()) describe();
             std::this_thread::sleep_for(5ms);
         }
-        if (platform::wasInterrupted()) {
-            scheduler_.abort();
-            scheduler_.waitForExit();
-            return;
-        }
-        scheduler_.drain();
+        scheduler_.drain();  // a second interruption ends the program at once
         if (!described_ && scheduler_.isSdpReady()) describe();
     }
 

@@ -1,65 +1,21 @@
 #include <array>
-#include <memory>
 #include <vector>
 
-#include <asio/buffer.hpp>
-#include <asio/io_context.hpp>
-#include <asio/ip/udp.hpp>
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include "core/big_endian.h"
 #include "tests/host/program_run.h"
 #include "tests/host/sample_streams.h"
+#include "tests/host/udp_listeners.h"
 
 namespace mvrtpfec {
 namespace {
 
-using Udp = asio::ip::udp;
-
-/// Sockets on ports of this machine one behind the other, the first even.
-class Listeners {
-public:
-    explicit Listeners(std::size_t count) {
-        for (std::uint16_t port = 30000; port < 40000; port = static_cast<std::uint16_t>(port + 2 * count)) {
-            try {
-                sockets_.clear();
-                for (std::size_t i = 0; i < count; ++i)
-                    sockets_.emplace_back(context_, Udp::endpoint(asio::ip::address_v4::loopback(),
-                                                                  static_cast<std::uint16_t>(port + i)));
-                first_ = port;
-                return;
-            } catch (const std::system_error&) {
-                continue;
-            }
-        }
-        throw std::runtime_error("no UDP ports are free");
-    }
-
-    std::uint16_t firstPort() const { return first_; }
-
-    /// What has come to one of them.
-    std::vector<Bytes> datagrams(std::size_t index) {
-        std::vector<Bytes> all;
-        Udp::socket& socket = sockets_.at(index);
-        while (socket.available() > 0) {
-            Bytes bytes(socket.available());
-            bytes.resize(socket.receive(asio::buffer(bytes)));
-            all.push_back(bytes);
-        }
-        return all;
-    }
-
-private:
-    asio::io_context context_;
-    std::vector<Udp::socket> sockets_;
-    std::uint16_t first_ = 0;
-};
-
 class StreamCommand : public ProgramTest {
 protected:
     static std::string stream(const std::string& name) { return streamPath(name).string() + " "; }
-    Outcome send(const std::string& inputs, const Listeners& to, const std::string& options = "") const {
+    Outcome send(const std::string& inputs, const UdpListeners& to, const std::string& options = "") const {
         return run(
             fmt::format("stream {}--to 127.0.0.1:{} --sdp out.sdp {}", inputs, to.firstPort(), options));
     }
@@ -77,7 +33,7 @@ double startBy(const Bytes& report, const Bytes& firstPacket, double clockRate) 
 }
 
 TEST_F(StreamCommand, SendsItsFilesInTimeWithEachOther) {
-    Listeners listeners(4);
+    UdpListeners listeners(4);
     const Outcome result =
         send(stream("h264_bframes_hrd.264") + stream("aac_lc.aac"), listeners, "--cname me@here");
     ASSERT_EQ(result.status, 0) << result.text;
@@ -101,7 +57,7 @@ TEST_F(StreamCommand, SendsItsFilesInTimeWithEachOther) {
 }
 
 TEST_F(StreamCommand, EveryPacketizedFormatLeaves) {
-    Listeners listeners(14);
+    UdpListeners listeners(14);
     const Outcome result =
         send(stream("h263.263") + stream("mpeg4.m4v") + stream("aac_latm.latm") + stream("aac_lc.aacraw") +
                  stream("h264_slices_aud.264") + stream("aac_crc.aac") + stream("h264_fields.264"),
