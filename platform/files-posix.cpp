@@ -25,6 +25,10 @@ int createForWriting(const fs::path& path) noexcept {
     return open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
 }
 
+int openForAppending(const fs::path& path, bool emptied) noexcept {
+    return open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | (emptied ? O_TRUNC : 0), 0666);
+}
+
 int duplicateDescriptor(int descriptor) noexcept {
     return fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
 }

@@ -42,6 +42,11 @@ int createForWriting(const fs::path& path) noexcept {
     return _wopen(path.c_str(), forWriting | _O_CREAT | _O_EXCL, _S_IREAD | _S_IWRITE);
 }
 
+int openForAppending(const fs::path& path, bool emptied) noexcept {
+    return _wopen(path.c_str(), forWriting | _O_CREAT | _O_APPEND | (emptied ? _O_TRUNC : 0),
+                  _S_IREAD | _S_IWRITE);
+}
+
 int duplicateDescriptor(int descriptor) noexcept {
     return _dup(descriptor);
 }

@@ -21,6 +21,9 @@ std::int64_t positionOf(std::FILE* stream) noexcept;
 int openForWriting(const std::filesystem::path& path) noexcept;
 /// A descriptor for a new file; EEXIST when there is one.
 int createForWriting(const std::filesystem::path& path) noexcept;
+/// A descriptor that writes at the end of a file, which is created where there is none or, when `emptied`,
+/// loses what it had.
+int openForAppending(const std::filesystem::path& path, bool emptied) noexcept;
 /// Another descriptor for what an open one stands for, position included.
 int duplicateDescriptor(int descriptor) noexcept;
 /// How many of the bytes were taken.

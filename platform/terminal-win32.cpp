@@ -17,4 +17,8 @@ bool isErrorTerminal() noexcept {
            SetConsoleMode(error, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
+void setTextAttribute(std::uint16_t attribute) noexcept {
+    SetConsoleTextAttribute(GetStdHandle(STD_OUTPUT_HANDLE), attribute);
+}
+
 }  // namespace platform

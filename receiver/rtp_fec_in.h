@@ -14,8 +14,8 @@
 #include "receiver/rtp_fec_in_input_pin.h"
 #include "receiver/rtp_fec_in_output_pin.h"
 #include "receiver/sample_queue.h"
-#include "support/dummy_log_perf.h"
-#include "support/smart_log_perf.h"
+#include "support/log/dummy_log_perf.h"
+#include "support/log/smart_log_perf.h"
 #include "support/thread.h"
 
 namespace mvrtpfec {

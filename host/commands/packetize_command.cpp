@@ -11,6 +11,7 @@
 #include "host/io/file_error.h"
 #include "host/io/own_ssrc.h"
 #include "host/io/packet_sink.h"
+#include "host/log/program_log.h"
 #include "host/media/no_packet_reason.h"
 #include "host/media/packet_recorder.h"
 #include "host/media/picture_closer.h"
@@ -37,6 +38,7 @@ struct PacketizeOptions {
     ParameterSetMode parameterSets = ParameterSetMode::sdp;
     std::uint16_t port = defaultMediaPort;
     std::uint32_t ssrc = ownSsrc;
+    LogOptions log;
 
     bool isTransport() const { return format->type == StreamType::mpeg2ts; }
     std::uint32_t sentPayloadType() const {
@@ -167,11 +169,15 @@ void addPacketizeCommand(CLI::App& app) {
     addPath(*command, "--sdp", options->sdp, "Write a session description for players to FILE")
         ->type_name("FILE");
     addJsonOption(*command, options->json);
+    addLogOptions(*command, options->log);
     command->footer(formatList(true) +
                     "Examples:\n"
                     "  mvrtpfec packetize movie.264 movie.pcap --format h264 --sdp movie.sdp\n"
                     "  mvrtpfec packetize sound.aac sound.pcapng --format aac-adts --payload-type 97");
-    command->callback([options] { runPacketize(*options); });
+    command->callback([options] {
+        runLogged(options->log, "packetizing of " + platform::utf8From(options->in),
+                  [&](auto&) { runPacketize(*options); });
+    });
 }
 
 }  // namespace mvrtpfec

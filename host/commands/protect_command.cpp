@@ -13,6 +13,7 @@
 #include "host/graph/sender_branch.h"
 #include "host/io/packet_sink.h"
 #include "host/io/packet_source.h"
+#include "host/log/program_log.h"
 #include "platform/utf8_path.h"
 
 namespace mvrtpfec {
@@ -25,6 +26,7 @@ struct ProtectOptions {
     MatrixConfig matrix;
     std::filesystem::path module;
     std::uint16_t port = defaultMediaPort;
+    LogOptions log;
 };
 
 struct ProtectFigures {
@@ -97,11 +99,15 @@ void addProtectCommand(CLI::App& app) {
     addMatrixOptions(*command, options->matrix);
     addPortOption(*command, options->port);
     addModuleOption(*command, options->module);
+    addLogOptions(*command, options->log);
     command->footer(
         "Examples:\n"
         "  mvrtpfec protect movie.ts movie.pcap --mode both --columns 10 --rows 10\n"
         "  mvrtpfec protect feed.pcapng feed-fec.pcapng --mode column --columns 5 --rows 10 --port 6000");
-    command->callback([options] { runProtect(*options); });
+    command->callback([options] {
+        runLogged(options->log, "protection of " + platform::utf8From(options->in),
+                  [&](auto&) { runProtect(*options); });
+    });
 }
 
 }  // namespace mvrtpfec

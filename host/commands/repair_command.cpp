@@ -11,6 +11,7 @@
 #include "host/commands/report.h"
 #include "host/graph/filter_graph.h"
 #include "host/io/packet_source.h"
+#include "host/log/program_log.h"
 #include "host/stages/repair_chain.h"
 #include "host/stages/repaired_output.h"
 #include "platform/utf8_path.h"
@@ -26,12 +27,14 @@ struct RepairOptions {
     std::filesystem::path module;
     std::uint16_t port = defaultMediaPort;
     bool guard = false;
+    LogOptions log;
 };
 
 /// Delivered packets bear the time of the packet that set them free, as a receiver would send them.
-RepairFigures repairStream(PacketSource& source, RepairedOutput& output, const RepairOptions& options) {
+RepairFigures repairStream(PacketSource& source, RepairedOutput& output, const RepairOptions& options,
+                           mvn::log::ILogPerf& log) {
     FilterGraph graph(options.module);
-    RepairChain chain(graph, options.guard,
+    RepairChain chain(graph, options.guard, log,
                       [&](ConstRtpPacketView packet, const Moment& moment) { output.write(packet, moment); });
     graph.run();
 
@@ -52,13 +55,14 @@ RepairFigures repairStream(PacketSource& source, RepairedOutput& output, const R
     return figures;
 }
 
-void runRepair(const RepairOptions& options) {
+void runRepair(const RepairOptions& options, mvn::log::ILogPerf& log) {
     requireFormat(options.in);
     requireFormat(options.out);
     requireDistinct(options.out, options.json);
     const auto source = openSource(options.in, options.port);
     RepairedOutput output(options.out, options.port, *source);
-    const RepairFigures figures = repairStream(*source, output, options);
+    const RepairFigures figures = repairStream(*source, output, options, log);
+    logFigures(log, figures);
 
     Table table;
     addRows(table, figures);
@@ -79,11 +83,15 @@ void addRepairCommand(CLI::App& app) {
     addGuardOption(*command, options->guard);
     addJsonOption(*command, options->json);
     addModuleOption(*command, options->module);
+    addLogOptions(*command, options->log);
     command->footer(
         "Examples:\n"
         "  mvrtpfec repair feed-fec.pcap repaired.ts --guard on\n"
         "  mvrtpfec repair feed-fec.pcapng repaired.pcapng --port 6000 --json -");
-    command->callback([options] { runRepair(*options); });
+    command->callback([options] {
+        runLogged(options->log, "repair of " + platform::utf8From(options->in),
+                  [&](auto& log) { runRepair(*options, log); });
+    });
 }
 
 }  // namespace mvrtpfec

@@ -57,6 +57,17 @@ void addRows(Table& table, const RepairFigures& figures) {
         table.emplace_back("source restarts", std::to_string(figures.guard->restarts));
 }
 
+void logFigures(mvn::log::ILogger& log, const RepairFigures& figures) {
+    Table table;
+    addRows(table, figures);
+    std::string line;
+    for (const auto& [name, count] : table) {
+        if (!line.empty()) line += ", ";
+        line += name + ' ' + count;
+    }
+    log.Log(figures.receiver.abandoned > 0 ? 1 : 2, "%s", line.c_str());
+}
+
 void addSourceRows(Table& table, const PacketSource& source) {
     if (source.cutDatagrams() > 0) table.emplace_back("cut, left out", std::to_string(source.cutDatagrams()));
 }

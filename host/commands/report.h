@@ -9,6 +9,7 @@
 
 #include "host/io/packet_source.h"
 #include "host/stages/repair_chain.h"
+#include "mvrtpfec/log_perf.h"
 
 namespace mvrtpfec {
 
@@ -19,6 +20,9 @@ nlohmann::ordered_json toJson(const RepairFigures& figures);
 void addRows(Table& table, const RepairFigures& figures);
 /// What the source had to leave out, if anything.
 void addSourceRows(Table& table, const PacketSource& source);
+
+/// The same in one line, a warning when packets are lost for good.
+void logFigures(mvn::log::ILogger& log, const RepairFigures& figures);
 
 /// Prints the table, on standard error where the JSON has standard output for itself, and writes the
 /// JSON object where `path` says ("" nowhere, "-" standard output). Throws FileError.

@@ -14,9 +14,11 @@
 #include "host/graph/filter_graph.h"
 #include "host/graph/lossy_sender_branch.h"
 #include "host/io/packet_source.h"
+#include "host/log/program_log.h"
 #include "host/stages/repair_chain.h"
 #include "host/stages/repaired_output.h"
 #include "host/stages/sent_history.h"
+#include "platform/utf8_path.h"
 
 namespace mvrtpfec {
 
@@ -34,6 +36,7 @@ struct SimulateOptions {
     std::filesystem::path module;
     std::uint16_t port = defaultMediaPort;
     bool guard = true;
+    LogOptions log;
 };
 
 struct SimulateFigures {
@@ -48,11 +51,12 @@ struct SimulateFigures {
 };
 
 /// Sender, channel and receiver in one graph; the output, if any, gets the repaired stream.
-SimulateFigures simulateStream(PacketSource& source, RepairedOutput* output, const SimulateOptions& options) {
+SimulateFigures simulateStream(PacketSource& source, RepairedOutput* output, const SimulateOptions& options,
+                               mvn::log::ILogPerf& log) {
     SentHistory history;
     Moment moment;
     FilterGraph graph(options.module);
-    RepairChain receiver(graph, options.guard, [&](ConstRtpPacketView packet, const Moment& freed) {
+    RepairChain receiver(graph, options.guard, log, [&](ConstRtpPacketView packet, const Moment& freed) {
         history.check(packet);
         if (output != nullptr) output->write(packet, freed);
     });
@@ -114,7 +118,7 @@ void report(const SimulateOptions& options, const SimulateFigures& figures) {
     publish(title, table, verdict(figures), json, options.json);
 }
 
-void runSimulate(SimulateOptions options) {
+void runSimulate(const SimulateOptions& options, mvn::log::ILogPerf& log) {
     checkMatrix(options.matrix);
     try {
         checkChannel(options.channel);
@@ -129,7 +133,9 @@ void runSimulate(SimulateOptions options) {
         requireFormat(options.output);
         output = std::make_unique<RepairedOutput>(options.output, options.port, *source);
     }
-    report(options, simulateStream(*source, output.get(), options));
+    const SimulateFigures figures = simulateStream(*source, output.get(), options, log);
+    logFigures(log, figures.repair);
+    report(options, figures);
 }
 
 void addChannelOptions(CLI::App& command, ChannelConfig& channel) {
@@ -169,6 +175,7 @@ void addSimulateCommand(CLI::App& app) {
         ->type_name("FILE");
     addJsonOption(*command, options->json);
     addModuleOption(*command, options->module);
+    addLogOptions(*command, options->log);
     command->footer(
         "Examples:\n"
         "  mvrtpfec simulate --mode both --columns 10 --rows 10 --loss 0.03\n"
@@ -176,7 +183,8 @@ void addSimulateCommand(CLI::App& app) {
     command->callback([command, options] {
         if (command->count("IN") == 0) options->in = findSample();
         if (command->count("--fec-loss") == 0) options->channel.fecLoss = options->channel.loss;
-        runSimulate(*options);
+        runLogged(options->log, "simulation of " + platform::utf8From(options->in),
+                  [&](auto& log) { runSimulate(*options, log); });
     });
 }
 

@@ -12,6 +12,7 @@
 #include "host/commands/media_options.h"
 #include "host/commands/options.h"
 #include "host/commands/stream_names.h"
+#include "host/log/program_log.h"
 #include "host/media/session_file.h"
 #include "host/stream/steady_clock.h"
 #include "host/stream/stream_input.h"
@@ -40,11 +41,15 @@ struct StreamOptions {
     std::optional<FrameRate> frameRate;
     ParameterSetMode parameterSets = ParameterSetMode::sdp;
     bool loop = false;
+    LogOptions log;
 };
 
-/// The scheduler's messages, on standard error, and how many packets were late.
+/// The scheduler's messages: the gravest on standard error, and all of them and the latenesses, which it
+/// counts, handed on.
 class SenderLog : public mvn::log::DummyLogPerf {
 public:
+    explicit SenderLog(mvn::log::ILogPerf& next) : next_(next) {}
+
     [[gnu::format(printf, 3, 4)]] void Log(std::uint32_t level, const char* format, ...) override {
         mvn::log::MessageBuffer message;
         va_list arguments;
@@ -52,12 +57,17 @@ public:
         mvn::log::formatMessage(message, format, arguments);
         va_end(arguments);
         if (level == 0) fmt::print(stderr, "mvrtpfec: {}\n", message.data());
+        next_.Log(level, "%s", message.data());
     }
-    void AddPoliticChoices(std::int32_t) override { ++late_; }
+    void AddPoliticChoices(std::int32_t amount) override {
+        ++late_;
+        next_.AddPoliticChoices(amount);
+    }
 
     std::uint64_t late() const noexcept { return late_; }
 
 private:
+    mvn::log::ILogPerf& next_;
     std::atomic<std::uint64_t> late_{0};
 };
 
@@ -80,8 +90,11 @@ struct Lane {
 class Sending {
 public:
     Sending(const StreamOptions& options, std::vector<std::unique_ptr<Lane>>& lanes, std::uint16_t port,
-            const std::string& address)
-        : options_(options), lanes_(lanes), scheduler_(&clock_, settings(options, *lanes.front(), address)) {
+            const std::string& address, mvn::log::ILogPerf& log)
+        : options_(options),
+          lanes_(lanes),
+          log_(log),
+          scheduler_(&clock_, settings(options, *lanes.front(), address)) {
         scheduler_.setLogger(&log_);
         for (std::uint32_t i = 0; i < lanes.size(); ++i) {
             Lane& lane = *lanes[i];
@@ -142,7 +155,7 @@ private:
     bool described_ = false;
 };
 
-void runStream(const StreamOptions& options) {
+void runStream(const StreamOptions& options, mvn::log::ILogPerf& log) {
     const auto target = parseTarget(options.to);
     asio::io_context context;
     std::vector<std::unique_ptr<Lane>> lanes;
@@ -153,7 +166,7 @@ void runStream(const StreamOptions& options) {
             StreamInputOptions{named.path, named.format, options.frameRate, options.loop}, context,
             asio::ip::udp::endpoint(target.address(), port)));
     }
-    Sending sending(options, lanes, target.port(), target.address().to_string());
+    Sending sending(options, lanes, target.port(), target.address().to_string(), log);
     sending.run();
     std::uint64_t packets = 0;
     std::uint64_t refused = 0;
@@ -192,11 +205,14 @@ void addStreamCommand(CLI::App& app) {
     addFrameRateOption(*command, options->frameRate);
     addParameterSetOption(*command, options->parameterSets);
     command->add_flag("--loop", options->loop, "Begin each file anew when it ends");
+    addLogOptions(*command, options->log);
     command->footer(formatList(true) +
                     "Examples:\n"
                     "  mvrtpfec stream movie.264 sound.aac --to 239.1.2.3:5004 --sdp movie.sdp --loop\n"
                     "  mvrtpfec stream dump.bin:aac-latm --to 127.0.0.1:5004 --sdp sound.sdp");
-    command->callback([options] { runStream(*options); });
+    command->callback([options] {
+        runLogged(options->log, "stream to " + options->to, [&](auto& log) { runStream(*options, log); });
+    });
 }
 
 }  // namespace mvrtpfec

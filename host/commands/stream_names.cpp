@@ -1,14 +1,13 @@
 #include "host/commands/stream_names.h"
 
 #include <array>
-#include <charconv>
 #include <string_view>
 #include <utility>
 
-#include <asio/ip/address.hpp>
 #include <fmt/format.h>
 
 #include "host/commands/commands.h"
+#include "host/net/endpoint.h"
 #include "platform/utf8_path.h"
 
 namespace mvrtpfec {
@@ -60,21 +59,12 @@ NamedStream parseStreamName(const std::string& text) {
 }
 
 asio::ip::udp::endpoint parseTarget(const std::string& text) {
-    const auto colon = text.rfind(':');
-    if (colon == std::string::npos) throw UsageError(text + ": is not ADDR:PORT");
-    const std::string address = text.substr(0, colon);
-    std::uint16_t port = 0;
-    const char* const end = text.data() + text.size();
-    const auto parsed = std::from_chars(text.data() + colon + 1, end, port);
-    if (parsed.ec != std::errc() || parsed.ptr != end || port == 0)
-        throw UsageError(text + ": has no port from 2 on");
-    if (port % 2 != 0)
+    const auto endpoint = parseEndpoint(text);
+    if (endpoint.port() % 2 != 0)
         throw UsageError(text + ": RTP goes to an even port, its reports to the odd one above");
-    asio::error_code error;
     // Session descriptions name IPv4 addresses alone.
-    const auto parsedAddress = asio::ip::make_address_v4(address, error);
-    if (error) throw UsageError(text + ": is no IPv4 address with a port");
-    return {parsedAddress, port};
+    if (!endpoint.address().is_v4()) throw UsageError(text + ": is no IPv4 address with a port");
+    return endpoint;
 }
 
 }  // namespace mvrtpfec

@@ -9,7 +9,7 @@ namespace mvrtpfec {
 
 using platform::operator""_w;
 
-ReceiverBranch::ReceiverBranch(FilterGraph& graph, Output output)
+ReceiverBranch::ReceiverBranch(FilterGraph& graph, mvn::log::ILogPerf& log, Output output)
     : graph_(graph),
       output_(std::move(output)),
       inFlight_(std::make_shared<InFlight>()),
@@ -21,6 +21,10 @@ ReceiverBranch::ReceiverBranch(FilterGraph& graph, Output output)
     const auto receiver = graph.filters().createReceiver();
     totals_ = queryFor<IRtpFecInTotals>(receiver, IID_IRtpFecInTotals);
     if (!totals_) throw GraphError("the receiver filter doesn't count");
+    const auto config = queryFor<IRtpFecInConfig>(receiver, IID_IRtpFecInConfig);
+    if (!config) throw GraphError("the receiver filter takes no logger");
+    // Before its output is connected and registers its buffers.
+    requireGraph(config->SetLogPerf(&log), "the receiver filter takes no logger");
     graph_.add(source_, "Received"_w);
     graph_.add(receiver, "Receiver"_w);
     graph_.add(sink_, "Repaired"_w);

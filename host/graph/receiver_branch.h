@@ -20,8 +20,9 @@ public:
     /// Called on the receiver's thread with each packet and the moment of the push that set it free.
     using Output = std::function<void(ConstRtpPacketView, const Moment&)>;
 
-    /// Adds the filters to `graph`, which is run when all is built. Throws GraphError.
-    ReceiverBranch(FilterGraph& graph, Output output);
+    /// Adds the filters to `graph`, which is run when all is built. The receiver logs to `log`. Throws
+    /// GraphError.
+    ReceiverBranch(FilterGraph& graph, mvn::log::ILogPerf& log, Output output);
     /// Stops the graph; what has not come out by then is lost.
     ~ReceiverBranch();
 

@@ -19,9 +19,10 @@ constexpr std::uint32_t maxPadding = 65535;
 
 }  // namespace
 
-RepairChain::RepairChain(FilterGraph& graph, bool guarded, Output output)
+RepairChain::RepairChain(FilterGraph& graph, bool guarded, mvn::log::ILogPerf& log, Output output)
     : output_(std::move(output)),
-      receiver_(graph, [this](ConstRtpPacketView packet, const Moment& moment) { deliver(packet, moment); }) {
+      receiver_(graph, log,
+                [this](ConstRtpPacketView packet, const Moment& moment) { deliver(packet, moment); }) {
     if (!guarded) return;
     guard_ = std::make_unique<PacketGuard>([this](ReceiverInput input, std::unique_ptr<RtpPacket> packet) {
         receiver_.push(static_cast<std::size_t>(input), std::move(packet), now_);

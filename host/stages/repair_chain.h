@@ -28,8 +28,9 @@ public:
     /// Runs on the receiver's thread, and not any more when finish() has returned.
     using Output = ReceiverBranch::Output;
 
-    /// Adds its filters to `graph`, which is run when all is built. Throws GraphError.
-    RepairChain(FilterGraph& graph, bool guarded, Output output);
+    /// Adds its filters to `graph`, which is run when all is built. The receiver logs to `log`. Throws
+    /// GraphError.
+    RepairChain(FilterGraph& graph, bool guarded, mvn::log::ILogPerf& log, Output output);
 
     /// What the output throws comes out of a later push() or of finish(), as does GraphError.
     void push(StreamPort port, std::span<const std::uint8_t> datagram, const Moment& moment);

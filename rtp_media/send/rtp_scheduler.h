@@ -14,8 +14,8 @@
 #include "rtp_media/chain/nal_builder.h"
 #include "rtp_media/send/rtp_stream.h"
 #include "rtp_media/send/session_description.h"
-#include "support/dummy_log_perf.h"
-#include "support/smart_log_perf.h"
+#include "support/log/dummy_log_perf.h"
+#include "support/log/smart_log_perf.h"
 #include "support/thread.h"
 
 namespace mvrtpfec {

@@ -11,6 +11,7 @@
 #include "host/graph/receiver_branch.h"
 #include "host/graph/sender_branch.h"
 #include "host/stages/repair_chain.h"
+#include "support/log/dummy_log_perf.h"
 #include "tests/host/arrivals.h"
 #include "tests/host/reference_chain.h"
 
@@ -59,8 +60,9 @@ std::string textOf(const RepairFigures& figures) {
 
 Repaired repairInGraph(const Arrivals& arrivals, bool guarded) {
     Repaired result;
+    mvn::log::DummyLogPerf log;
     FilterGraph graph;
-    RepairChain chain(graph, guarded, [&](ConstRtpPacketView packet, const Moment& moment) {
+    RepairChain chain(graph, guarded, log, [&](ConstRtpPacketView packet, const Moment& moment) {
         const auto arrival = static_cast<std::size_t>(moment.time.count()) - 1;
         EXPECT_EQ(frameFrom(moment), frameFrom(momentOf(arrival)));
         result.packets.push_back({arrival, {packet.data, packet.data + packet.length}});
@@ -179,7 +181,7 @@ TEST(Graph, ProtectsPacketForPacketAsTheComposersDo) {
 class Receiving : public ::testing::Test {
 protected:
     void start(ReceiverBranch::Output output) {
-        receiver_.emplace(graph_, std::move(output));
+        receiver_.emplace(graph_, log_, std::move(output));
         graph_.run();
     }
     void push(std::uint16_t number) {
@@ -188,6 +190,7 @@ protected:
     }
 
     FilterGraph graph_;
+    mvn::log::DummyLogPerf log_;
     std::optional<ReceiverBranch> receiver_;
 };
 

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/debug_output.h"
-#include "support/dummy_log_perf.h"
-#include "support/smart_log_perf.h"
+#include "support/log/dummy_log_perf.h"
+#include "support/log/smart_log_perf.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "support/dummy_log_perf.h"
-#include "support/log_message.h"
-#include "support/smart_log_perf.h"
+#include "support/log/dummy_log_perf.h"
+#include "support/log/log_message.h"
+#include "support/log/smart_log_perf.h"
 
 namespace mvn::log {
 namespace {

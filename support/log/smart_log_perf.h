@@ -3,7 +3,7 @@
 #include <atomic>
 
 #include "mvrtpfec/log_perf.h"
-#include "support/log_message.h"
+#include "support/log/log_message.h"
 
 namespace mvn::log {
 

@@ -1,7 +1,7 @@
-#include "support/dummy_log_perf.h"
+#include "support/log/dummy_log_perf.h"
 
 #include "platform/debug_output.h"
-#include "support/log_message.h"
+#include "support/log/log_message.h"
 
 namespace mvn::log {
 

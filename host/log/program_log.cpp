@@ -1,0 +1,120 @@
+#include "host/log/program_log.h"
+
+#include <chrono>
+#include <cstdio>
+#include <exception>
+#include <utility>
+#include <vector>
+
+#include <asio/io_context.hpp>
+#include <asio/ip/udp.hpp>
+#include <fmt/format.h>
+
+#include "host/net/endpoint.h"
+#include "platform/utf8_path.h"
+#include "support/log/console_sink.h"
+#include "support/log/file_sink.h"
+#include "support/log/network_sink.h"
+#include "support/log/queued_logger.h"
+#include "support/log/statistics_log_perf.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+using namespace mvn::log;
+
+constexpr std::string_view syslogPrefix = "syslog:";
+constexpr std::int32_t everyLevel = 3;
+
+void complain(const std::string& text) {
+    fmt::print(stderr, "mvrtpfec: {}\n", text);
+}
+
+/// A socket that knows where its datagrams go.
+asio::ip::udp::socket connectedSocket(asio::io_context& context, const std::string& target) {
+    const auto endpoint = parseEndpoint(target);
+    asio::ip::udp::socket socket(context, endpoint.protocol());
+    socket.connect(endpoint);
+    return socket;
+}
+
+}  // namespace
+
+/// Those above outlive those below.
+struct ProgramLog::Parts {
+    explicit Parts(const LogOptions& options)
+        : csv(options.statistics.empty()
+                  ? nullptr
+                  : std::make_unique<PlainFileSink>(options.statistics, everyLevel,
+                                                    FileSink::Opening::replaced, complain)),
+          logger(sinks(options)),
+          statistics(logger, csv.get()) {}
+
+    std::vector<std::unique_ptr<LogSink>> sinks(const LogOptions& options) {
+        std::vector<std::unique_ptr<LogSink>> all;
+        if (options.log.starts_with(syslogPrefix)) {
+            socket = std::make_unique<asio::ip::udp::socket>(
+                connectedSocket(context, options.log.substr(syslogPrefix.size())));
+            all.push_back(std::make_unique<NetworkSink>(
+                static_cast<platform::SocketHandle>(socket->native_handle()), "mvrtpfec", options.level));
+        } else if (options.log == "-") {
+            all.push_back(std::make_unique<ConsoleSink>(options.level));
+        } else if (!options.log.empty()) {
+            all.push_back(std::make_unique<FileSink>(platform::pathFromUtf8(options.log), options.level,
+                                                     FileSink::Opening::continued, complain));
+        }
+        return all;
+    }
+
+    asio::io_context context;
+    std::unique_ptr<asio::ip::udp::socket> socket;
+    std::unique_ptr<LogSink> csv;
+    QueuedLogger logger;
+    StatisticsLogPerf statistics;
+};
+
+ProgramLog::ProgramLog(const LogOptions& options) : parts_(std::make_unique<Parts>(options)) {
+    if (parts_->csv) sampler_ = std::thread([this] { sampleEachSecond(); });
+}
+
+ProgramLog::~ProgramLog() {
+    if (!sampler_.joinable()) return;
+    parts_->csv->giveUpWaiting();  // the sampler may wait for a full disk with the lock
+    {
+        const std::lock_guard lock(mutex_);
+        ends_ = true;
+    }
+    ending_.notify_one();
+    sampler_.join();
+}
+
+ILogPerf& ProgramLog::log() {
+    return parts_->statistics;
+}
+
+/// The header when the buffers have had time to be registered, then a line each second and one at the end.
+void ProgramLog::sampleEachSecond() {
+    using namespace std::chrono_literals;
+    std::unique_lock lock(mutex_);
+    for (auto pause = 200ms; !ending_.wait_for(lock, pause, [this] { return ends_; }); pause = 1000ms) {
+        parts_->statistics.Sample();
+        parts_->statistics.tick();
+    }
+    parts_->statistics.Sample();
+}
+
+void runLogged(const LogOptions& options, const std::string& what,
+               const std::function<void(ILogPerf&)>& work) {
+    ProgramLog log(options);
+    log.log().Log(2, "%s begins", what.c_str());
+    try {
+        work(log.log());
+    } catch (const std::exception& error) {
+        log.log().Log(0, "%s ends: %s", what.c_str(), error.what());
+        throw;
+    }
+    log.log().Log(2, "%s ends", what.c_str());
+}
+
+}  // namespace mvrtpfec

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace platform {
+
+/// A socket of the system's, as native handles of socket libraries are.
+using SocketHandle = std::uintptr_t;
+
+/// One call of send(); whether it took everything.
+bool sendWhole(SocketHandle socket, const char* bytes, std::size_t count) noexcept;
+
+}  // namespace platform

@@ -1,0 +1,57 @@
+#include <regex>
+#include <string>
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include "tests/host/program_run.h"
+#include "tests/host/udp_listeners.h"
+
+namespace mvrtpfec {
+namespace {
+
+class LogOptionsTest : public ProgramTest {
+protected:
+    LogOptionsTest() {
+        store("in.ts", sample());
+        EXPECT_EQ(run("protect in.ts fec.pcap --mode both --columns 5 --rows 5 --log run.log").status, 0);
+    }
+
+    std::string text(const std::string& name) const {
+        const Bytes bytes = load(name);
+        return {bytes.begin(), bytes.end()};
+    }
+};
+
+TEST_F(LogOptionsTest, RunsFollowEachOtherInTheLogAndTheFiguresHaveTheReceiversBuffer) {
+    ASSERT_EQ(run("repair fec.pcap out.ts --log run.log --stats-csv run.csv").status, 0);
+    EXPECT_EQ(run("repair none.pcap out.ts --log run.log --log-level error").status, 1);
+    const std::string time = R"(\w{3} \w{3} [ \d]\d \d\d:\d\d:\d\d\.\d{3} )";
+    const std::regex expected("\\[Level 2\\] " + time + "protection of in.ts begins\n\\[Level 2\\] " + time +
+                              "protection of in.ts ends\n\\[Level 2\\] " + time +
+                              "repair of fec.pcap begins\n\\[Level 2\\] " + time +
+                              "received 1140, found missing 0, .*\n\\[Level 2\\] " + time +
+                              "repair of fec.pcap ends\n\\[Level 0\\] " + time +
+                              "repair of none.pcap ends: none.pcap: cannot open: .*\n");
+    EXPECT_TRUE(std::regex_match(text("run.log"), expected)) << text("run.log");
+    EXPECT_TRUE(text("run.csv").starts_with("Cpu,TotalCpu,"));
+    EXPECT_NE(text("run.csv").find(",buffer_full_rtp_fec_in,"), std::string::npos);
+}
+
+TEST_F(LogOptionsTest, ASyslogServerGetsTheMessages) {
+    UdpListeners server(1);
+    const std::string target = fmt::format("127.0.0.1:{}", server.firstPort());
+    ASSERT_EQ(run("repair fec.pcap out.ts --log syslog:" + target).status, 0);
+    const auto lines = server.datagrams(0);
+    ASSERT_EQ(lines.size(), 3U);
+    const std::string first(lines[0].begin(), lines[0].end() - 1);
+    EXPECT_TRUE(std::regex_match(
+        first, std::regex(R"(<134>\w{3} \d\d \d\d:\d\d:\d\d mvrtpfec 0000 repair of fec.pcap begins)")))
+        << first;
+    EXPECT_EQ(lines[0].back(), 0);
+    for (const char* wrong : {"syslog:127.0.0.1", "syslog:host:514", "syslog:::1:514", "syslog:127.0.0.1:0"})
+        EXPECT_EQ(run(std::string("repair fec.pcap out.ts --log ") + wrong).status, 2) << wrong;
+}
+
+}  // namespace
+}  // namespace mvrtpfec
