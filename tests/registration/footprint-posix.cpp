@@ -1,5 +1,8 @@
+#include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <iterator>
+#include <thread>
 
 #include <link.h>
 #include <malloc.h>
@@ -23,6 +26,16 @@ std::size_t modules() {
     return count;
 }
 
+/// A thread that has been joined may still be listed for a moment.
+std::size_t threads() {
+    std::size_t least = entriesOf("/proc/self/task");
+    for (int i = 0; i < 10; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        least = std::min(least, entriesOf("/proc/self/task"));
+    }
+    return least;
+}
+
 /// What the allocator has given out; a sanitizer's own says 0, and looks for leaks itself.
 std::size_t memory() {
     const struct mallinfo2 heap = mallinfo2();
@@ -32,5 +45,5 @@ std::size_t memory() {
 }  // namespace
 
 Footprint footprint() {
-    return {memory(), entriesOf("/proc/self/fd"), modules(), entriesOf("/proc/self/task")};
+    return {memory(), entriesOf("/proc/self/fd"), modules(), threads()};
 }
