@@ -17,6 +17,18 @@ std::int64_t positionOf(std::FILE* stream) noexcept {
     return ftello(stream);
 }
 
+std::FILE* standardInput() noexcept {
+    return fdopen(duplicateDescriptor(STDIN_FILENO), "rb");
+}
+
+std::FILE* standardOutput() noexcept {
+    return fdopen(duplicateDescriptor(STDOUT_FILENO), "wb");
+}
+
+std::FILE* createText(const fs::path& path) noexcept {
+    return std::fopen(path.c_str(), "wbe");
+}
+
 int openForWriting(const fs::path& path) noexcept {
     return open(path.c_str(), O_WRONLY | O_CLOEXEC);
 }

@@ -1,3 +1,4 @@
+#include <netinet/in.h>
 #include <sys/socket.h>
 
 #include "platform/socket.h"
@@ -7,6 +8,11 @@ namespace platform {
 bool sendWhole(SocketHandle socket, const char* bytes, std::size_t count) noexcept {
     const auto sent = send(static_cast<int>(socket), bytes, count, MSG_NOSIGNAL);
     return sent >= 0 && static_cast<std::size_t>(sent) == count;
+}
+
+bool setTrafficClass(SocketHandle socket, bool isIpv6, int value) noexcept {
+    return setsockopt(static_cast<int>(socket), isIpv6 ? IPPROTO_IPV6 : IPPROTO_IP,
+                      isIpv6 ? IPV6_TCLASS : IP_TOS, &value, sizeof value) == 0;
 }
 
 }  // namespace platform

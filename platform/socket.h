@@ -11,4 +11,8 @@ using SocketHandle = std::uintptr_t;
 /// One call of send(); whether it took everything.
 bool sendWhole(SocketHandle socket, const char* bytes, std::size_t count) noexcept;
 
+/// The traffic class byte of what is sent, with the DSCP in its upper six bits (RFC 2474). False when the
+/// system refuses.
+bool setTrafficClass(SocketHandle socket, bool isIpv6, int value) noexcept;
+
 }  // namespace platform

@@ -14,7 +14,7 @@ namespace mvrtpfec {
 
 namespace {
 
-enum ExitStatus : int { done = 0, failed = 1, wrongUsage = 2 };
+enum ExitStatus : int { done = 0, failed = 1, wrongUsage = 2, lostPackets = 3 };
 
 int complain(const char* what, ExitStatus status) {
     fmt::print(stderr, "mvrtpfec: {}\n", what);
@@ -59,6 +59,9 @@ int runProgram(const std::vector<std::string>& arguments) {
     addPacketizeCommand(app);
     addUnitsCommand(app);
     addStreamCommand(app);
+    addSendCommand(app);
+    addReceiveCommand(app);
+    addRelayCommand(app);
     addSelftestCommand(app);
 
     try {
@@ -69,6 +72,8 @@ int runProgram(const std::vector<std::string>& arguments) {
         return answer(app, error);
     } catch (const UsageError& error) {
         return complain(error.what(), wrongUsage);
+    } catch (const LossError& error) {
+        return complain(error.what(), lostPackets);
     } catch (const std::exception& error) {
         return complain(error.what(), failed);
     }

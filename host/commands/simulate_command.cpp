@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "host/commands/channel_options.h"
 #include "host/commands/commands.h"
 #include "host/commands/interruption.h"
 #include "host/commands/options.h"
@@ -23,9 +24,6 @@
 namespace mvrtpfec {
 
 namespace {
-
-/// Up to here a seed is read exactly whatever reads it.
-constexpr double maxSeed = 0x1p53;
 
 struct SimulateOptions {
     std::filesystem::path in;
@@ -120,11 +118,7 @@ void report(const SimulateOptions& options, const SimulateFigures& figures) {
 
 void runSimulate(const SimulateOptions& options, mvn::log::ILogPerf& log) {
     checkMatrix(options.matrix);
-    try {
-        checkChannel(options.channel);
-    } catch (const std::invalid_argument& error) {
-        throw UsageError(error.what());
-    }
+    requireChannel(options.channel);
     requireDistinct(options.output, options.json);
     requireFormat(options.in);
     const auto source = openSource(options.in, options.port);
@@ -136,29 +130,6 @@ void runSimulate(const SimulateOptions& options, mvn::log::ILogPerf& log) {
     const SimulateFigures figures = simulateStream(*source, output.get(), options, log);
     logFigures(log, figures.repair);
     report(options, figures);
-}
-
-void addChannelOptions(CLI::App& command, ChannelConfig& channel) {
-    command.add_option("--loss", channel.loss, "Average share of packets lost")
-        ->capture_default_str()
-        ->type_name("SHARE");
-    command.add_option("--fec-loss", channel.fecLoss, "The same for FEC packets, where it differs")
-        ->type_name("SHARE");
-    command
-        .add_option("--burst", channel.burst, "Mean length of a loss burst in packets; 1 is independent loss")
-        ->capture_default_str()
-        ->type_name("N");
-    command.add_option("--reorder", channel.reorder, "Places by which a packet may be overtaken")
-        ->check(CLI::Range(0, maxReorder))
-        ->capture_default_str()
-        ->type_name("N");
-    command.add_option("--duplicate", channel.duplicate, "Share of packets that come twice")
-        ->capture_default_str()
-        ->type_name("SHARE");
-    command.add_option("--seed", channel.seed, "Seed of the channel: the same seed, the same losses")
-        ->check(CLI::Range(0.0, maxSeed))
-        ->capture_default_str()
-        ->type_name("S");
 }
 
 }  // namespace

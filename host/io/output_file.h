@@ -25,12 +25,14 @@ public:
 
     void write(std::span<const std::uint8_t> bytes);
 
+    /// Writes out what is buffered.
+    void flush();
+
     /// Writes out what is buffered and puts the file in its place. Once, as the last call.
     void finish();
 
 private:
     void openBeside(const std::filesystem::file_status& old);
-    void flush();
     [[noreturn]] void fail(const char* action) const;
 
     std::filesystem::path path_;       ///< as asked for

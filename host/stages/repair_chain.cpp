@@ -30,12 +30,15 @@ RepairChain::RepairChain(FilterGraph& graph, bool guarded, mvn::log::ILogPerf& l
 }
 
 void RepairChain::push(StreamPort port, std::span<const std::uint8_t> datagram, const Moment& moment) {
+    push(port, std::make_unique<RtpPacket>(datagram.data(), datagram.size()), moment);
+}
+
+void RepairChain::push(StreamPort port, std::unique_ptr<RtpPacket> packet, const Moment& moment) {
     now_ = moment;
-    if (datagram.size() < rtpHeaderSize) {
+    if (packet->view.length < rtpHeaderSize) {
         ++runts_;
         return;
     }
-    auto packet = std::make_unique<RtpPacket>(datagram.data(), datagram.size());
     const auto input = static_cast<std::size_t>(port);
     if (packet->view.payloadType() == mediaPayloadType) mediaInput_ = input;
     note(packet->view);

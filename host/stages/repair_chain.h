@@ -34,6 +34,8 @@ public:
 
     /// What the output throws comes out of a later push() or of finish(), as does GraphError.
     void push(StreamPort port, std::span<const std::uint8_t> datagram, const Moment& moment);
+    /// The same without a copy.
+    void push(StreamPort port, std::unique_ptr<RtpPacket> packet, const Moment& moment);
     void finish();
     /// After finish().
     RepairFigures figures() const;

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include <CLI/CLI.hpp>
+
+#include "host/net/udp_sockets.h"
+
+// Options of the commands that work over a network.
+
+namespace mvrtpfec {
+
+/// --bitrate: a number with k, M or G behind it, or "auto" for none.
+void addBitRateOption(CLI::App& command, std::optional<std::uint64_t>& bitRate);
+/// --ttl, --interface, --source-port and --dscp.
+void addSendingOptions(CLI::App& command, SendingOptions& options);
+/// --interface and --source.
+void addReceivingOptions(CLI::App& command, ReceivingOptions& options);
+
+}  // namespace mvrtpfec

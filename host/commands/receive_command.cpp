@@ -1,0 +1,155 @@
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "host/commands/commands.h"
+#include "host/commands/network_options.h"
+#include "host/commands/options.h"
+#include "host/commands/report.h"
+#include "host/graph/filter_graph.h"
+#include "host/live/media_output.h"
+#include "host/live/reception_meter.h"
+#include "host/live/reception_report.h"
+#include "host/live/stream_readers.h"
+#include "host/log/program_log.h"
+#include "host/net/endpoint.h"
+#include "host/stages/repair_chain.h"
+#include "platform/signals.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+struct ReceiveOptions {
+    std::string from;
+    std::string output;
+    ReceivingOptions receiving;
+    SendingOptions sending;
+    bool guard = true;
+    double interval = 1;  ///< s
+    std::filesystem::path json;
+    std::filesystem::path module;
+    LogOptions log;
+};
+
+/// From the network through the guard and the receiver filter to the output.
+class Receiving {
+public:
+    Receiving(const ReceiveOptions& options, mvn::log::ILogPerf& log)
+        : options_(options),
+          log_(log),
+          output_(openMediaOutput(options.output, options.sending)),
+          graph_(options.module),
+          chain_(graph_, options.guard, log,
+                 [this](ConstRtpPacketView packet, const Moment&) { deliver(packet); }),
+          readers_(parseEndpoint(options.from), options.receiving,
+                   [this](StreamPort port, auto packet) { arrive(port, std::move(packet)); }),
+          report_(options.json) {
+        graph_.run();
+    }
+
+    void run() {
+        const auto interval = std::chrono::duration_cast<std::chrono::milliseconds>(
+            std::chrono::duration<double>(options_.interval));
+        auto next = std::chrono::steady_clock::now() + interval;
+        while (!platform::wasInterrupted()) {
+            readers_.runFor(50ms);
+            if (std::chrono::steady_clock::now() < next) continue;
+            next += interval;
+            tell();
+        }
+        chain_.finish();
+        output_->finish();
+    }
+
+    ReceptionTotals totals() const {
+        return {meter_.figures(), chain_.figures(), readers_.tooLong(), output_->refused()};
+    }
+
+    void tell() {
+        report_.interval(totals(), meter_.takeLatency());
+        tellOfRestarts();
+    }
+
+private:
+    void arrive(StreamPort port, std::unique_ptr<RtpPacket> packet) {
+        const auto now = std::chrono::steady_clock::now();
+        if (meter_.arrive(packet->view, now)) chain_.push(port, std::move(packet), moment_);
+    }
+
+    void deliver(ConstRtpPacketView packet) {
+        meter_.deliver(packet, std::chrono::steady_clock::now());
+        output_->write(packet);
+    }
+
+    /// Once an interval at most.
+    void tellOfRestarts() {
+        const std::uint64_t restarts = meter_.figures().restarts;
+        if (restarts == restartsTold_) return;
+        log_.Log(1, "the source has restarted (%llu times so far)",
+                 static_cast<unsigned long long>(restarts));
+        restartsTold_ = restarts;
+    }
+
+    const ReceiveOptions& options_;
+    mvn::log::ILogPerf& log_;
+    std::unique_ptr<MediaOutput> output_;
+    ReceptionMeter meter_;
+    Moment moment_;  ///< live packets go out when they are free
+    FilterGraph graph_;
+    RepairChain chain_;
+    StreamReaders readers_;
+    ReceptionReport report_;
+    std::uint64_t restartsTold_ = 0;
+};
+
+/// Whether every packet came out.
+bool runReceive(const ReceiveOptions& options, mvn::log::ILogPerf& log) {
+    const auto receiving = std::make_unique<Receiving>(options, log);
+    receiving->run();
+    receiving->tell();
+    const ReceptionTotals totals = receiving->totals();
+    logFigures(log, totals.repair);
+    return totals.repair.receiver.abandoned == 0;
+}
+
+}  // namespace
+
+void addReceiveCommand(CLI::App& app) {
+    const auto options = std::make_shared<ReceiveOptions>();
+    CLI::App* command = app.add_subcommand("receive", "Receive a protected transport stream and repair it");
+    command->add_option("--from", options->from, "Where the media come to; FECA two ports above, FECB four")
+        ->type_name("ADDR:PORT")
+        ->required();
+    command->add_option("OUTPUT", options->output, "A .ts file, -, udp://ADDR:PORT, rtp://ADDR:PORT or null")
+        ->required();
+    addReceivingOptions(*command, options->receiving);
+    addGuardOption(*command, options->guard);
+    command->add_option("--stats", options->interval, "Seconds between two lines of figures")
+        ->check(CLI::Range(0.1, 3600.0))
+        ->capture_default_str()
+        ->type_name("SECONDS");
+    addPath(*command, "--json", options->json,
+            "Write a line of JSON each time to FILE, or - for standard output")
+        ->type_name("FILE|-");
+    addModuleOption(*command, options->module);
+    addLogOptions(*command, options->log);
+    command->footer(
+        "It ends with status 3 when packets were lost for good.\n"
+        "Examples:\n"
+        "  mvrtpfec receive --from 239.1.2.3:5004 udp://127.0.0.1:6000\n"
+        "  mvrtpfec receive --from 0.0.0.0:5004 feed.ts --json figures.jsonl");
+    command->callback([options] {
+        runLogged(options->log, "receiving from " + options->from, [&](auto& log) {
+            if (!runReceive(*options, log)) throw LossError("packets were lost for good");
+        });
+    });
+}
+
+}  // namespace mvrtpfec

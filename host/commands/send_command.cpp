@@ -1,0 +1,130 @@
+#include <memory>
+#include <string>
+
+#include <fmt/format.h>
+
+#include "host/commands/commands.h"
+#include "host/commands/network_options.h"
+#include "host/commands/options.h"
+#include "host/graph/filter_graph.h"
+#include "host/graph/sender_branch.h"
+#include "host/live/media_input.h"
+#include "host/live/pacer.h"
+#include "host/live/stream_writers.h"
+#include "host/log/program_log.h"
+#include "host/net/endpoint.h"
+#include "platform/signals.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+struct SendOptions {
+    std::string input;
+    std::string to;
+    MatrixConfig matrix;
+    MediaInputOptions media;
+    SendingOptions sending;
+    std::filesystem::path module;
+    LogOptions log;
+};
+
+/// From the input through the sender filter to the network.
+class Sending {
+public:
+    explicit Sending(const SendOptions& options)
+        : input_(openMediaInput(options.input, options.media)),
+          writers_(parseEndpoint(options.to), options.sending),
+          graph_(options.module),
+          sender_(graph_, options.matrix, [this](StreamPort port, ConstRtpPacketView packet) {
+              writers_.of(port).write({packet.data, packet.length});
+          }) {
+        graph_.run();
+    }
+
+    void run() {
+        DuePacket next;
+        while (!platform::wasInterrupted()) {
+            if (input_->wouldWait()) writers_.flush();
+            const MediaInput::Got got = input_->read(next);
+            if (got == MediaInput::Got::end) break;
+            if (got == MediaInput::Got::packet && isTime(next)) send(std::move(next.packet));
+        }
+        writers_.flush();
+    }
+
+    void report(mvn::log::ILogger& log) const {
+        const std::string text = fmt::format(
+            "sent {} media packets, {} FEC packets on FECA, {} on FECB; refused by the system {}, no media "
+            "{}",
+            writers_.of(StreamPort::media).packets(), writers_.of(StreamPort::fecA).packets(),
+            writers_.of(StreamPort::fecB).packets(), writers_.refused(), input_->leftOut());
+        fmt::print(stderr, "{}\n", text);
+        log.Log(2, "%s", text.c_str());
+    }
+
+private:
+    bool isTime(const DuePacket& next) {
+        if (!next.due) return true;
+        if (pacer_.isAhead(*next.due)) writers_.flush();
+        return pacer_.waitUntil(*next.due);
+    }
+
+    void send(std::unique_ptr<RtpPacket> packet) {
+        writers_.of(StreamPort::media).write({packet->view.data, packet->view.length});
+        if (isProtectable(packet->view)) sender_.push(packet->view);
+    }
+
+    std::unique_ptr<MediaInput> input_;
+    StreamWriters writers_;
+    FilterGraph graph_;
+    SenderBranch sender_;
+    Pacer pacer_;
+};
+
+std::string protectionText(const MatrixConfig& matrix) {
+    const double columns = matrix.columns;
+    const double rows = matrix.rows;
+    const bool hasRows = matrix.mode != fecColumn;
+    const bool hasColumns = matrix.mode != fecRow;
+    const double overhead = (hasRows ? 1 / columns : 0) + (hasColumns ? 1 / rows : 0);
+    return fmt::format("{} x {}: {:.1f} % overhead, bursts of {} packets rebuilt, {} packets of delay",
+                       matrix.columns, matrix.rows, overhead * 100, hasColumns ? matrix.columns : 1,
+                       matrix.columns * matrix.rows);
+}
+
+void runSend(const SendOptions& options, mvn::log::ILogger& log) {
+    checkMatrix(options.matrix);
+    Sending sending(options);
+    fmt::print(stderr, "{}\n", protectionText(options.matrix));
+    sending.run();
+    sending.report(log);
+}
+
+}  // namespace
+
+void addSendCommand(CLI::App& app) {
+    const auto options = std::make_shared<SendOptions>();
+    CLI::App* command = app.add_subcommand("send", "Protect a transport stream and send it over UDP");
+    command->add_option("INPUT", options->input, "A .ts file, - , udp://ADDR:PORT or rtp://ADDR:PORT")
+        ->required();
+    command->add_option("--to", options->to, "Where the media go; FECA two ports above, FECB four")
+        ->type_name("ADDR:PORT")
+        ->required();
+    addMatrixOptions(*command, options->matrix);
+    addBitRateOption(*command, options->media.bitRate);
+    command->add_flag("--loop", options->media.loop, "Begin a file anew when it ends");
+    addSendingOptions(*command, options->sending);
+    addModuleOption(*command, options->module);
+    addLogOptions(*command, options->log);
+    command->footer(
+        "Examples:\n"
+        "  mvrtpfec send movie.ts --to 239.1.2.3:5004 --mode both --columns 10 --rows 10 --loop\n"
+        "  mvrtpfec send rtp://0.0.0.0:6000 --to 192.0.2.7:5004 --mode column --columns 5 --rows 10");
+    command->callback([options] {
+        options->media.interfaceName = options->sending.interfaceName;
+        runLogged(options->log, "sending of " + options->input, [&](auto& log) { runSend(*options, log); });
+    });
+}
+
+}  // namespace mvrtpfec

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "core/rtp_packet.h"
+
+namespace mvrtpfec {
+
+using SteadyTime = std::chrono::steady_clock::time_point;
+
+/// A media packet and when it is to leave: at once where nothing is said.
+struct DuePacket {
+    std::unique_ptr<RtpPacket> packet;
+    std::optional<SteadyTime> due;
+};
+
+struct MediaInputOptions {
+    std::optional<std::uint64_t> bitRate;  ///< of the transport stream, bits per second; else by its clock
+    bool loop = false;                     ///< files: begin anew at the end
+    std::string interfaceName;             ///< of groups that are joined
+    std::optional<std::string> source;     ///< address of a source-specific group
+};
+
+/// Where the media to send come from. One thread.
+class MediaInput {
+public:
+    enum class Got { packet, nothing, end };
+
+    virtual ~MediaInput() = default;
+
+    /// Waits for the next packet, a tenth of a second at most. Throws FileError, std::system_error.
+    virtual Got read(DuePacket& next) = 0;
+    /// Whether read() has nothing at hand.
+    virtual bool wouldWait() const = 0;
+    /// What came and was no media.
+    virtual std::uint64_t leftOut() const { return 0; }
+};
+
+/// "udp://ADDR:PORT" for a transport stream in bare datagrams, "rtp://ADDR:PORT" for one in RTP packets,
+/// which keep their numbers and timestamps, "-" for a transport stream on standard input, else a .ts file.
+/// Throws UsageError, FileError, std::system_error.
+std::unique_ptr<MediaInput> openMediaInput(const std::string& text, const MediaInputOptions& options);
+
+}  // namespace mvrtpfec

@@ -1,0 +1,77 @@
+#include "host/live/media_output.h"
+
+#include <utility>
+
+#include <asio/io_context.hpp>
+
+#include "host/commands/commands.h"
+#include "host/commands/options.h"
+#include "host/io/media_payload.h"
+#include "host/io/output_file.h"
+#include "host/net/endpoint.h"
+#include "host/net/packet_writer.h"
+#include "platform/utf8_path.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+class NoOutput final : public MediaOutput {
+public:
+    void write(ConstRtpPacketView) override {}
+    void finish() override {}
+};
+
+class FileMediaOutput final : public MediaOutput {
+public:
+    /// A pipe's reader gets each packet at once.
+    FileMediaOutput(const std::filesystem::path& path, bool isPipe) : file_(path), isPipe_(isPipe) {}
+
+    void write(ConstRtpPacketView media) override {
+        file_.write(mediaPayload({media.data, media.length}));
+        if (isPipe_) file_.flush();
+    }
+    void finish() override { file_.finish(); }
+
+private:
+    OutputFile file_;
+    bool isPipe_;
+};
+
+class UdpMediaOutput final : public MediaOutput {
+public:
+    UdpMediaOutput(const asio::ip::udp::endpoint& target, const SendingOptions& options, bool isBare)
+        : writer_(openSender(context_, target, options)), isBare_(isBare) {}
+
+    void write(ConstRtpPacketView media) override {
+        const std::span<const std::uint8_t> packet(media.data, media.length);
+        writer_.write(isBare_ ? mediaPayload(packet) : packet);
+        writer_.flush();
+    }
+    void finish() override { writer_.flush(); }
+    std::uint64_t refused() const override { return writer_.refused(); }
+
+private:
+    asio::io_context context_;
+    PacketWriter writer_;
+    bool isBare_;
+};
+
+}  // namespace
+
+std::unique_ptr<MediaOutput> openMediaOutput(const std::string& text, const SendingOptions& options) {
+    constexpr std::string_view udp = "udp://";
+    constexpr std::string_view rtp = "rtp://";
+    if (text == "null") return std::make_unique<NoOutput>();
+    if (text == "-") return std::make_unique<FileMediaOutput>("/dev/stdout", true);
+    if (text.starts_with(udp))
+        return std::make_unique<UdpMediaOutput>(parseEndpoint(text.substr(udp.size())), options, true);
+    if (text.starts_with(rtp))
+        return std::make_unique<UdpMediaOutput>(parseEndpoint(text.substr(rtp.size())), options, false);
+    const auto path = platform::pathFromUtf8(text);
+    if (requireFormat(path) != FileFormat::transportStream)
+        throw UsageError(text + ": is no .ts file, udp:// or rtp:// address, - or null");
+    return std::make_unique<FileMediaOutput>(path, false);
+}
+
+}  // namespace mvrtpfec

@@ -1,0 +1,89 @@
+#include "host/live/reception_meter.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "core/fec_packet.h"
+#include "core/serial_distance.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+/// Numbers further apart are of different runs of a source.
+constexpr int sameRun = 1024;
+
+std::int64_t ticksOf(SteadyTime time) {
+    using Ticks = std::chrono::duration<std::int64_t, std::ratio<1, 90000>>;
+    return std::chrono::duration_cast<Ticks>(time.time_since_epoch()).count();
+}
+
+std::int64_t nanosecondsOf(SteadyTime time) {
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(time.time_since_epoch()).count();
+}
+
+}  // namespace
+
+bool ReceptionMeter::arrive(ConstRtpPacketView packet, SteadyTime now) {
+    if (!packet.isValid()) {
+        ++figures_.foreign;
+        return false;
+    }
+    packet.payloadType() == mediaPayloadType ? arriveMedia(packet, now) : arriveFec(packet);
+    return true;
+}
+
+void ReceptionMeter::arriveMedia(ConstRtpPacketView media, SteadyTime now) {
+    ++figures_.media;
+    figures_.mediaBytes += media.length;
+    const std::uint16_t number = media.sequenceNumber();
+    const int ahead = newest_ ? serialDistance(*newest_, number) : 1;
+    const bool restarts = newest_ && (media.ssrc() != ssrc_ || std::abs(ahead) > sameRun);
+    if (restarts) {
+        ++figures_.restarts;
+        transit_.reset();
+    } else if (ahead > 1) {
+        figures_.longestGap = std::max(figures_.longestGap, static_cast<std::uint64_t>(ahead - 1));
+    }
+    if (restarts || ahead > 0) newest_ = number;
+    ssrc_ = media.ssrc();
+    updateJitter(media.timestamp(), now);
+    arrivals_[number] = nanosecondsOf(now);
+}
+
+void ReceptionMeter::arriveFec(ConstRtpPacketView fec) {
+    ++figures_.fec;
+    const FecKind kind = fecKind(fec);
+    const ProtectedRange range = protectedRange(fec);
+    if (kind == FecKind::column) {
+        figures_.columns = range.offset;
+        figures_.rows = range.count;
+    } else if (figures_.columns == 0) {
+        figures_.columns = range.count;
+    }
+    FecStream& stream = fecStreams_[static_cast<std::size_t>(kind)];
+    const std::uint16_t number = fec.sequenceNumber();
+    const int ahead = stream.next ? serialDistance(*stream.next, number) : 0;
+    if (ahead > 0 && ahead <= sameRun) figures_.fecMissing += static_cast<std::uint64_t>(ahead);
+    if (ahead >= 0 || ahead < -sameRun) stream.next = static_cast<std::uint16_t>(number + 1);
+}
+
+void ReceptionMeter::updateJitter(std::uint32_t timestamp, SteadyTime now) {
+    constexpr std::int64_t ticksPerSecond = 90000;
+    const std::int64_t transit =
+        static_cast<std::int32_t>(static_cast<std::uint32_t>(ticksOf(now)) - timestamp);
+    if (transit_) jitter_ += std::abs(static_cast<std::int32_t>(transit - *transit_)) - (jitter_ + 8) / 16;
+    transit_ = transit;
+    figures_.jitter = std::chrono::nanoseconds(jitter_ * 1'000'000'000 / 16 / ticksPerSecond);
+}
+
+void ReceptionMeter::deliver(ConstRtpPacketView media, SteadyTime now) {
+    const std::int64_t arrived = arrivals_[media.sequenceNumber()].exchange(0);
+    if (arrived == 0) return;
+    const std::int64_t underWay = nanosecondsOf(now) - arrived;
+    std::int64_t longest = latency_;
+    while (underWay > longest && !latency_.compare_exchange_weak(longest, underWay)) {
+    }
+}
+
+}  // namespace mvrtpfec

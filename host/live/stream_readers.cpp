@@ -1,0 +1,31 @@
+#include "host/live/stream_readers.h"
+
+#include <utility>
+
+#include "host/live/stream_writers.h"
+
+namespace mvrtpfec {
+
+StreamReaders::StreamReaders(const asio::ip::udp::endpoint& media, const ReceivingOptions& options,
+                             Taker take)
+    : take_(std::move(take)),
+      sockets_{openReceiver(context_, endpointOf(StreamPort::media, media), options),
+               openReceiver(context_, endpointOf(StreamPort::fecA, media), options),
+               openReceiver(context_, endpointOf(StreamPort::fecB, media), options)} {
+    for (const StreamPort port : {StreamPort::media, StreamPort::fecA, StreamPort::fecB}) readNext(port);
+}
+
+void StreamReaders::runFor(std::chrono::milliseconds time) {
+    context_.run_for(time);
+}
+
+void StreamReaders::readNext(StreamPort port) {
+    auto& socket = sockets_[static_cast<std::size_t>(port)];
+    socket.async_wait(asio::ip::udp::socket::wait_read, [this, port, &socket](const asio::error_code& error) {
+        if (error) return;
+        reader_.readWaiting(socket, [&](auto packet) { take_(port, std::move(packet)); });
+        readNext(port);
+    });
+}
+
+}  // namespace mvrtpfec

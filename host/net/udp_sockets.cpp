@@ -1,0 +1,87 @@
+#include "host/net/udp_sockets.h"
+
+#include <system_error>
+
+#include <asio/ip/multicast.hpp>
+#include <asio/ip/unicast.hpp>
+
+#include "host/commands/commands.h"
+#include "platform/multicast.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+using Udp = asio::ip::udp;
+
+/// What holds a second of 30 Mbit/s; the system may grant less.
+constexpr int receiveBuffer = 8 << 20;
+constexpr int sendBuffer = 4 << 20;
+
+unsigned indexOf(const std::string& name) {
+    if (name.empty()) return 0;
+    const unsigned index = platform::interfaceIndex(name.c_str());
+    if (index == 0) throw UsageError(name + ": there is no such network interface");
+    return index;
+}
+
+platform::SocketHandle handleOf(Udp::socket& socket) {
+    return static_cast<platform::SocketHandle>(socket.native_handle());
+}
+
+[[noreturn]] void throwSystemError(const std::string& what) {
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+void join(Udp::socket& socket, const Udp::endpoint& group, const ReceivingOptions& options) {
+    std::optional<Udp::endpoint> source;
+    if (options.source) {
+        if (options.source->is_v6() != group.address().is_v6())
+            throw UsageError(options.source->to_string() + ": is of another family than the group");
+        source.emplace(*options.source, 0);
+    }
+    const platform::SocketAddress from =
+        source ? platform::SocketAddress{source->data(), source->size()} : platform::SocketAddress{};
+    if (!platform::joinGroup(handleOf(socket), {group.data(), group.size()}, from,
+                             indexOf(options.interfaceName)))
+        throwSystemError("can't join " + group.address().to_string());
+}
+
+}  // namespace
+
+Udp::socket openReceiver(asio::io_context& context, const Udp::endpoint& local,
+                         const ReceivingOptions& options) {
+    const bool isGroup = local.address().is_multicast();
+    if (!isGroup && options.source) throw UsageError("a source can be chosen of a group alone");
+    Udp::socket socket(context, local.protocol());
+    asio::error_code ignored;
+    socket.set_option(asio::socket_base::receive_buffer_size(receiveBuffer), ignored);
+    if (isGroup) socket.set_option(asio::socket_base::reuse_address(true));
+    socket.bind(local);
+    if (isGroup) join(socket, local, options);
+    socket.non_blocking(true);
+    return socket;
+}
+
+Udp::socket openSender(asio::io_context& context, const Udp::endpoint& target,
+                       const SendingOptions& options) {
+    const bool isIpv6 = target.address().is_v6();
+    Udp::socket socket(context, target.protocol());
+    asio::error_code ignored;
+    socket.set_option(asio::socket_base::send_buffer_size(sendBuffer), ignored);
+    if (options.sourcePort != 0) socket.bind({target.protocol(), options.sourcePort});
+    if (options.ttl) {
+        socket.set_option(asio::ip::multicast::hops(*options.ttl));
+        socket.set_option(asio::ip::unicast::hops(*options.ttl));
+    }
+    if (const unsigned index = indexOf(options.interfaceName);
+        index != 0 && target.address().is_multicast() &&
+        !platform::setMulticastInterface(handleOf(socket), isIpv6, index))
+        throwSystemError("can't send on " + options.interfaceName);
+    if (options.dscp != 0 && !platform::setTrafficClass(handleOf(socket), isIpv6, options.dscp << 2))
+        throwSystemError("can't mark what is sent");
+    socket.connect(target);
+    return socket;
+}
+
+}  // namespace mvrtpfec
