@@ -32,6 +32,8 @@ constexpr std::int64_t second = unitsOfTime;
 constexpr std::int64_t lead = second;
 constexpr std::uint32_t transportPayloadType = 33;
 constexpr std::uint32_t firstDynamicPayloadType = 96;
+constexpr std::uint32_t dynamicPayloadTypes = 32;
+constexpr std::size_t mostPort = 65535;
 
 struct StreamOptions {
     std::vector<std::string> inputs;
@@ -99,9 +101,10 @@ public:
         for (std::uint32_t i = 0; i < lanes.size(); ++i) {
             Lane& lane = *lanes[i];
             const bool transport = lane.input.format().type == StreamType::mpeg2ts;
-            scheduler_.addStream(i + 1, lane.input.format().type, port + 2 * i,
-                                 transport ? transportPayloadType : firstDynamicPayloadType + i, &lane.media,
-                                 &lane.reports, &lane.input.units(), lane.bitRate, options.parameterSets);
+            scheduler_.addStream(
+                i + 1, lane.input.format().type, port + 2 * i,
+                transport ? transportPayloadType : firstDynamicPayloadType + i % dynamicPayloadTypes,
+                &lane.media, &lane.reports, &lane.input.units(), lane.bitRate, options.parameterSets);
         }
     }
 
@@ -109,13 +112,20 @@ public:
         const std::int64_t start = SteadyClock::now();
         for (auto& lane : lanes_) lane->input.startAt(start);
         scheduler_.run();
-        while (feed() && !platform::wasInterrupted()) {
-            if (!described_ && scheduler_.isSdpReady()) describe();
-            std::this_thread::sleep_for(5ms);
+        try {
+            while (feed() && !platform::wasInterrupted() && !needsRestart()) {
+                describeWhenReady();
+                std::this_thread::sleep_for(5ms);
+            }
+        } catch (const std::exception&) {
+            finish();
+            throw;
         }
-        scheduler_.drain();  // a second interruption ends the program at once
-        if (!described_ && scheduler_.isSdpReady()) describe();
+        finish();
     }
+
+    /// The times have left the clock for good, as after the machine was suspended.
+    bool needsRestart() const { return scheduler_.isRestartNeeded(); }
 
     std::uint64_t late() const { return log_.late(); }
     bool isDescribed() const { return described_; }
@@ -142,7 +152,21 @@ private:
         return going;
     }
 
-    void describe() {
+    void finish() {
+        if (needsRestart()) {
+            scheduler_.abort();
+            return scheduler_.waitForExit();
+        }
+        // A short file has been read before the first round. Nothing leaves for two seconds.
+        for (int i = 0; i < 50 && !described_ && !platform::wasInterrupted(); ++i) {
+            describeWhenReady();
+            std::this_thread::sleep_for(10ms);
+        }
+        scheduler_.drain();  // a second interruption ends the program at once
+    }
+
+    void describeWhenReady() {
+        if (described_ || !scheduler_.isSdpReady()) return;
         writeSession(options_.sdp, withLineEnds(scheduler_.getSdp()));
         described_ = true;
     }
@@ -157,6 +181,8 @@ private:
 
 void runStream(const StreamOptions& options, mvn::log::ILogPerf& log) {
     const auto target = parseTarget(options.to);
+    if (target.port() + 2 * options.inputs.size() - 1 > mostPort)
+        throw UsageError("there are not enough ports above for so many streams");
     asio::io_context context;
     std::vector<std::unique_ptr<Lane>> lanes;
     for (const auto& text : options.inputs) {
@@ -166,8 +192,16 @@ void runStream(const StreamOptions& options, mvn::log::ILogPerf& log) {
             StreamInputOptions{named.path, named.format, options.frameRate, options.loop}, context,
             asio::ip::udp::endpoint(target.address(), port)));
     }
-    Sending sending(options, lanes, target.port(), target.address().to_string(), log);
-    sending.run();
+    std::uint64_t late = 0;
+    bool isDescribed = false;
+    for (bool again = true; again;) {
+        Sending sending(options, lanes, target.port(), target.address().to_string(), log);
+        sending.run();
+        late += sending.late();
+        isDescribed = sending.isDescribed();
+        again = sending.needsRestart() && !platform::wasInterrupted();
+        if (again) log.Log(1, "the streams begin anew");
+    }
     std::uint64_t packets = 0;
     std::uint64_t refused = 0;
     for (const auto& lane : lanes) {
@@ -177,10 +211,10 @@ void runStream(const StreamOptions& options, mvn::log::ILogPerf& log) {
         refused += lane->media.refused();
     }
     if (refused > 0) fmt::print(stderr, "datagrams that the system did not send: {}\n", refused);
-    fmt::print(stderr, "late packets: {}\n", sending.late());
+    fmt::print(stderr, "late packets: {}\n", late);
     if (packets == 0 && !platform::wasInterrupted())
         throw std::runtime_error("no packet came out of any file");
-    if (!sending.isDescribed())
+    if (!isDescribed && !platform::wasInterrupted())
         throw std::runtime_error(
             "the session description did not become complete: a stream lacks what it takes");
 }

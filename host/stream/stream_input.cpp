@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "platform/signals.h"
 #include "rtp_media/bits/bit_reader.h"
 #include "rtp_media/chain/sample_bytes.h"
 #include "rtp_media/h264/avc_sps.h"
@@ -25,6 +26,12 @@ constexpr std::uint8_t sequenceParameterSet = 7;
 /// Bytes that the parser gets at a time: of a slow stream a whole piece of the file lasts longer than the
 /// sender's window.
 constexpr std::size_t partSize = 2048;
+
+/// What a file of one unit lasts when it is looped, 100 ns.
+constexpr std::int64_t loneUnit = 400'000;
+/// Pictures stand as far out of order at most; what goes back further is a new count.
+constexpr std::int64_t longestStepBack = static_cast<std::int64_t>(unitsOfTime) / 2;
+constexpr std::int64_t longestStep = 6 * longestStepBack;
 
 struct ByteCounter : NALListener {
     void onNAL(std::unique_ptr<NAL> unit) override { bytes += unit->size(); }
@@ -50,7 +57,7 @@ void StreamInput::open() {
 }
 
 bool StreamInput::feedUntil(std::int64_t time) {
-    while (base_ + latest_ < time) {
+    while (base_ + latest_ < time && !platform::wasInterrupted()) {
         const SamplePtr part = nextPart();
         if (part == nullptr) {
             endRound();
@@ -83,15 +90,15 @@ void StreamInput::endRound() {
     next().onEndOfStream();
     if (!options_.loop) return;
     if (!first_) throw std::runtime_error("there is nothing in the file to go round");
-    base_ += latest_ + (step_ > 0 ? step_ : latest_);
+    const std::int64_t step = step_ > 0 ? step_ : latest_;
+    base_ += latest_ + (step > 0 ? step : loneUnit);
     open();
 }
 
 void StreamInput::onNAL(std::unique_ptr<NAL> unit) {
     if (isH264()) lookAtParameters(*unit);
     if (const auto time = timeOf(*unit)) {
-        if (!first_) first_ = *time;
-        const std::int64_t since = *time - *first_;
+        const std::int64_t since = sinceFirst(*time);
         if (since > latest_) step_ = since - std::exchange(latest_, since);
         const bool anchors = !anchored_ && isSlice(typeOf(*unit));
         unit->timing.hasPts = !timesItself_ || anchors;
@@ -99,6 +106,14 @@ void StreamInput::onNAL(std::unique_ptr<NAL> unit) {
         anchored_ = anchored_ || anchors;
     }
     next().onNAL(std::move(unit));
+}
+
+/// Where the stream's own count jumps, as between films in one file, it goes on without a gap.
+std::int64_t StreamInput::sinceFirst(std::int64_t time) {
+    if (!first_) first_ = time;
+    const std::int64_t ahead = time - *first_ - latest_;
+    if (ahead < -longestStepBack || ahead > longestStep) first_ = time - latest_ - step_;
+    return time - *first_;
 }
 
 std::optional<std::int64_t> StreamInput::timeOf(NAL& unit) {

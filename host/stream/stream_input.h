@@ -33,9 +33,11 @@ public:
     /// What a stream is added with: it gives out what the parser finds, timed.
     NALBuilder& units() { return exit_; }
 
-    /// The first unit's time, 100 ns on the reference clock. Before the first feedUntil.
-    void startAt(std::int64_t time) { base_ = time; }
-    /// Reads on until the units given out reach this time; false when the file has ended. Throws FileError.
+    /// When the next unit is presented, 100 ns on the reference clock. Before the first feedUntil, and when
+    /// the clock has gone on without this.
+    void startAt(std::int64_t time) { base_ = time - latest_; }
+    /// Reads on until the units given out reach this time, or the program is to end; false when the file has
+    /// ended. Throws FileError.
     bool feedUntil(std::int64_t time);
 
     /// How far the units given out reach, 100 ns from the first one of this round.
@@ -60,6 +62,7 @@ private:
     void endRound();
     void lookAtParameters(NAL& unit);
     std::optional<std::int64_t> timeOf(NAL& unit);
+    std::int64_t sinceFirst(std::int64_t time);
     bool isH264() const { return options_.format->type == StreamType::h264; }
     NALListener& next() { return isH264() ? static_cast<NALListener&>(closer_) : exit_; }
 

@@ -1,6 +1,7 @@
 #include "host/stream/udp_output.h"
 
 #include <asio/buffer.hpp>
+#include <asio/ip/multicast.hpp>
 
 namespace mvrtpfec {
 
@@ -9,11 +10,15 @@ namespace {
 /// The longest payload of a datagram over IPv4.
 constexpr std::size_t largestDatagram = 65507;
 
+/// As session descriptions say.
+constexpr int groupHops = 10;
+
 }  // namespace
 
 UdpOutput::UdpOutput(asio::io_context& context, const asio::ip::udp::endpoint& target)
     : socket_(context), buffer_(SimpleMediaData::create(std::vector<BYTE>(largestDatagram))) {
     socket_.open(target.protocol());
+    if (target.address().is_multicast()) socket_.set_option(asio::ip::multicast::hops(groupHops));
     socket_.connect(target);
 }
 

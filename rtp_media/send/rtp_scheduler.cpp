@@ -89,7 +89,11 @@ void RTPScheduler::round() {
     } catch (const std::exception& error) {
         logger_.Log(0, "Error: %s", error.what());
     }
-    if (!late.empty()) logLate(late);
+    try {
+        if (!late.empty()) logLate(late);
+    } catch (const std::bad_alloc&) {
+        // The next round may have room for the line.
+    }
 }
 
 void RTPScheduler::sendDue(LateStreams& late) {
@@ -127,7 +131,7 @@ bool RTPScheduler::serve(RTPStream& stream, LateStreams& late) {
     const std::uint64_t ptsOrDts = packet.ptsOrDts();
     const std::uint64_t due = ptsOrDts + sendDelay;
     if (static_cast<std::int64_t>(clock_->now90k() - due) < 0) return false;
-    stream.sendFirstPacket(static_cast<REFERENCE_TIME>(due * 1000 / 9));
+    stream.sendFirstPacket(static_cast<REFERENCE_TIME>(due) * 1000 / 9);
     if (stream.isMaster()) ++masterPacketCount_;
     noteLateness(stream, due, late);
     return true;

@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -65,7 +66,8 @@ public:
     virtual void run();
     /// Nothing is sent from here on until run or drain.
     virtual void pause();
-    /// Drops what is queued and ends the worker; doesn't wait.
+    /// Drops what is queued and ends the worker, for which it doesn't wait. It waits for the round that goes
+    /// on.
     virtual void abort();
     virtual void waitForExit();
     /// Sends what is queued, each packet at its time, and ends the worker.
@@ -84,8 +86,7 @@ private:
     };
     using LateStreams = std::map<std::uint32_t, LateStream>;
 
-    /// Set until another command is acknowledged. The count tells an owner whose command that came between
-    /// has cleared it.
+    /// The event is set until another command is acknowledged. The count tells of each for good.
     struct Acknowledgement {
         CEvent event{true, false};
         std::atomic<std::uint32_t> count{0};
@@ -95,7 +96,7 @@ private:
     Poll pollCommands();
     void acknowledge(Acknowledgement& which);
     void command(CEvent& event, Acknowledgement& acknowledgement);
-    bool waitFor(const Acknowledgement& acknowledgement, DWORD milliseconds);
+    bool waitFor(Acknowledgement& acknowledgement, DWORD milliseconds);
 
     void sendDue(LateStreams& late);
     bool pass(LateStreams& late);
@@ -106,14 +107,11 @@ private:
     void streamsChanged();
 
     CComPtr<IReferenceClock> referenceClock_;
-    RTPSchedulerSettings settings_;
     mvn::log::SmartLogPerf<mvn::log::DummyLogPerf> logger_;
-    mutable CCritSec lock_;  ///< streams, description
     RTPStreams streams_;
-    std::optional<SendClock> clock_;
-    bool sdpReady_ = false;
-    std::string sdpText_;
-
+    RTPSchedulerSettings settings_;
+    mutable CCritSec lock_;  ///< streams, description
+    mvn::Thread thread_;
     CEvent runEvent_{false, false};
     CEvent pauseEvent_{false, false};
     CEvent quitEvent_{false, false};
@@ -126,7 +124,10 @@ private:
     bool idle_ = false;
     std::atomic<bool> restartNeeded_{false};
     std::atomic<std::uint32_t> masterPacketCount_{0};
-    mvn::Thread thread_;
+    std::optional<SendClock> clock_;
+    bool sdpReady_ = false;
+    std::string sdpText_;
+    std::mutex commanding_;  ///< run and pause
 };
 
 }  // namespace mvrtpfec

@@ -1,6 +1,7 @@
 // The worker's side and the owner's side of the commands. Each acknowledgement clears the others.
 
 #include <array>
+#include <mutex>
 
 #include "rtp_media/send/rtp_scheduler.h"
 
@@ -75,18 +76,20 @@ void RTPScheduler::acknowledge(Acknowledgement& which) {
     which.event.Set();
 }
 
+/// One at a time, so that the acknowledgement is this command's own.
 void RTPScheduler::command(CEvent& event, Acknowledgement& acknowledgement) {
+    const std::lock_guard one(commanding_);
     const std::uint32_t before = acknowledgement.count;
-    acknowledgement.event.Reset();
     event.Set();
-    while (acknowledgement.count == before && !waitFor(acknowledgement, roundInterval)) {
-    }
+    do {
+        acknowledgement.event.Reset();
+    } while (acknowledgement.count == before && waitFor(acknowledgement, roundInterval));
 }
 
-/// True for a worker that has ended as well, which acknowledges nothing any more.
-bool RTPScheduler::waitFor(const Acknowledgement& acknowledgement, DWORD milliseconds) {
+/// False for a worker that has ended, which acknowledges nothing any more.
+bool RTPScheduler::waitFor(Acknowledgement& acknowledgement, DWORD milliseconds) {
     const std::array<HANDLE, 2> either{acknowledgement.event, thread_.Handle()};
-    return WaitForMultipleObjects(either.size(), either.data(), FALSE, milliseconds) != WAIT_TIMEOUT;
+    return WaitForMultipleObjects(either.size(), either.data(), FALSE, milliseconds) != WAIT_OBJECT_0 + 1;
 }
 
 void RTPScheduler::run() {

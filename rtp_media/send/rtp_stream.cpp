@@ -35,10 +35,9 @@ public:
         return pointer;
     }
 
-    void deliver(std::size_t length) {
-        check(data_->SetActualDataLength(static_cast<LONG>(length)));
-        check(output_.Deliver(data_.p));
-    }
+    void setLength(std::size_t length) { check(data_->SetActualDataLength(static_cast<LONG>(length))); }
+
+    void deliver() { check(output_.Deliver(data_.p)); }
 
 private:
     IOutputPin& output_;
@@ -48,7 +47,14 @@ private:
 }  // namespace
 
 RTPStream::RTPStream(std::uint32_t id, StreamType type, const RTPStreamTarget& target, std::string cname)
-    : id_(id), isVideo_(mvrtpfec::isVideo(type)), target_(target), cname_(std::move(cname)) {
+    : streamType_(type),
+      isVideo_(mvrtpfec::isVideo(type)),
+      id_(id),
+      mediaOutput_(target.mediaOutput),
+      reportOutput_(target.reportOutput),
+      bitRate_(target.bitRate),
+      port_(target.port),
+      cname_(std::move(cname)) {
     if (cname_.size() > longestCname) cname_.resize(longestCname);
 }
 
@@ -59,8 +65,8 @@ void RTPStream::start(std::unique_ptr<RTPPacketBuilder> packetizer) {
 }
 
 void RTPStream::onEndOfStream() {
-    check(target_.mediaOutput->DeliverEndOfStream());
-    check(target_.reportOutput->DeliverEndOfStream());
+    check(mediaOutput_->DeliverEndOfStream());
+    check(reportOutput_->DeliverEndOfStream());
 }
 
 bool RTPStream::isReportDue(const RTPMediaPacket& first, std::uint64_t now90k) {
@@ -70,24 +76,26 @@ bool RTPStream::isReportDue(const RTPMediaPacket& first, std::uint64_t now90k) {
 }
 
 void RTPStream::sendReport(const SendClock& clock) {
-    OutputBuffer buffer(*target_.reportOutput);
+    OutputBuffer buffer(*reportOutput_);
     const std::size_t size = senderReportSize(cname_);
     if (buffer.data().GetSize() < static_cast<LONG>(size)) throw mvn::COMException(E_FAIL);
     const std::uint32_t rtpTime = rtpTimeAt(clock.now90k(), clockRate_) + timestampOffset_;
     writeSenderReport({ssrc_, clock.wallTime(), rtpTime, packetCount_, octetCount_, cname_}, buffer.bytes());
-    buffer.deliver(size);
+    buffer.setLength(size);
+    buffer.deliver();
     lastReportTime_ = clock.now90k();
     started_ = true;
 }
 
 void RTPStream::sendFirstPacket(REFERENCE_TIME time) {
     RTPMediaPacket& packet = *queue_.front();
-    OutputBuffer buffer(*target_.mediaOutput);
+    OutputBuffer buffer(*mediaOutput_);
     if (buffer.data().GetSize() < static_cast<LONG>(packet.serializedSize()))
         throw mvn::COMException(VFW_E_BUFFER_OVERFLOW);
     const auto sizes = packet.serialize(buffer.bytes(), ssrc_);
+    buffer.setLength(sizes.total);
     check(buffer.data().SetTime(&time, nullptr));
-    buffer.deliver(sizes.total);
+    buffer.deliver();
     ++packetCount_;
     octetCount_ += static_cast<std::uint32_t>(sizes.payload);
     queue_.popFront();

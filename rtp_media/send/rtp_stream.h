@@ -39,7 +39,8 @@ public:
     bool isVideo() const noexcept { return isVideo_; }
     bool isMaster() const noexcept { return isMaster_; }
     void setMaster(bool master) noexcept { isMaster_ = master; }
-    const RTPStreamTarget& target() const noexcept { return target_; }
+    std::uint32_t bitRate() const noexcept { return bitRate_; }
+    std::uint32_t port() const noexcept { return port_; }
     RTPPacketBuilder& packetizer() const noexcept { return *packetizer_; }
     std::uint32_t timestampOffset() const noexcept { return timestampOffset_; }
     std::uint32_t ssrc() const noexcept { return ssrc_; }
@@ -63,20 +64,24 @@ public:
     Window checkWindow(const RTPMediaPacket& packet, std::uint64_t now90k);
 
 private:
-    std::uint32_t id_;
+    StreamType streamType_;
     bool isVideo_;
+    std::uint32_t id_;
     std::uint32_t timestampOffset_ = 0;
     std::unique_ptr<RTPPacketBuilder> packetizer_;
     PacketQueue queue_;
     bool inWindow_ = true;
-    std::uint64_t outOfWindowSince_ = 0;
-    RTPStreamTarget target_;
+    std::uint64_t outOfWindowSince_ = 0;  ///< 90 kHz
+    IOutputPin* mediaOutput_;
+    IOutputPin* reportOutput_;
     bool started_ = false;
-    std::uint64_t lastReportTime_ = 0;
+    std::uint64_t lastReportTime_ = 0;  ///< 90 kHz
     std::uint32_t packetCount_ = 0;
     std::uint32_t octetCount_ = 0;
     std::uint32_t ssrc_ = 0;
     std::uint64_t clockRate_ = 0;
+    std::uint32_t bitRate_;
+    std::uint32_t port_;
     bool isMaster_ = false;
     std::string cname_;
 };

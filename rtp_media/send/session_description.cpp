@@ -27,7 +27,7 @@ int sessionBandwidth(std::uint32_t bitRate, std::uint32_t packetRate) {
 }
 
 std::string bandwidthLines(const RTPStream& stream) {
-    const std::uint32_t bitRate = stream.target().bitRate;
+    const std::uint32_t bitRate = stream.bitRate();
     return stringFormat("b=RS:%d\\", 1024) +
            stringFormat("b=AS:%d\\", sessionBandwidth(bitRate, stream.packetizer().getMaxPacketRate())) +
            stringFormat("b=TIAS:%d\\", static_cast<int>(bitRate));
@@ -44,7 +44,7 @@ std::string mediaSection(const RTPStream& stream, int track) {
     const bool transport = packetizer.payloadType() == transportPayloadType;
     std::string section =
         stringFormat("m=%s %d RTP/AVP %d\\", stream.isVideo() ? "video" : "audio",
-                     static_cast<int>(stream.target().port), static_cast<int>(packetizer.payloadType()));
+                     static_cast<int>(stream.port()), static_cast<int>(packetizer.payloadType()));
     section += "b=RR:0\\";
     if (!transport) section += bandwidthLines(stream);
     section += packetizer.sdpAttributes() + "\\";

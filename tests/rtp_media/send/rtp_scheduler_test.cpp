@@ -112,15 +112,30 @@ TEST_F(SchedulerTest, TheFirstVideoStreamIsTheMasterElseTheFirst) {
     roundAt(2000);
     EXPECT_EQ(scheduler.getMasterPacketCount(), 3U);
     Lane again;
-    add(7, StreamType::mpeg4Visual, again);  // in place of the old one, its packets gone
+    video.media.take();
+    video.parser.picture(at(0));
+    add(7, StreamType::mpeg4Visual, again);
+    again.parser.picture(at(0));
+    roundAt(2000);
+    EXPECT_TRUE(video.media.take().empty()) << "gone with the stream that was replaced";
+    EXPECT_EQ(again.media.take().size(), 1U);
+    EXPECT_EQ(scheduler.getMasterPacketCount(), 4U);
     scheduler.removeStream(7);
     audio.parser.frame(at(0));
     roundAt(2000);
-    EXPECT_EQ(scheduler.getMasterPacketCount(), 4U);
+    EXPECT_EQ(scheduler.getMasterPacketCount(), 5U);
     EXPECT_THROW(add(5, StreamType::hevc, video), mvn::MorvaneException);
     audio.parser.frame(at(0));
     roundAt(2000);
     EXPECT_EQ(audio.media.take().size(), 4U) << "the stream stands";
+}
+
+TEST_F(SchedulerTest, AbortDropsWhatIsDue) {
+    add(1, StreamType::mpeg4Visual, video);
+    for (int i = 0; i < 100; ++i) video.parser.picture(at(0));
+    scheduler.abort();
+    roundAt(2000);
+    EXPECT_TRUE(video.media.take().empty());
 }
 
 TEST_F(SchedulerTest, DescribesItsStreamsInTheOrderOfTheirIdsOnceAllAreReady) {
