@@ -1,0 +1,188 @@
+#include <random>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "framework/base/base_filter.h"
+#include "framework/sync/sync_input_pin.h"
+#include "framework/sync/sync_output_pin.h"
+#include "platform/component_runtime.h"
+#include "platform/media_graph.h"
+#include "platform/wide_literal.h"
+
+namespace mvrtpfec {
+namespace {
+
+using platform::operator""_w;
+
+constexpr std::uint64_t systemClock = 90'000;
+constexpr std::uint64_t wrap33 = std::uint64_t{1} << 33;
+
+// The text of the conversion in integers that are wide enough for anything.
+__extension__ using Wide = __int128;
+
+Wide converted(std::uint64_t rate, std::uint64_t modulus, std::uint64_t reference, std::int64_t time,
+               std::uint64_t clock) {
+    const auto roundedTime = [&](Wide ticks) { return (ticks * 20'000'000 + rate) / (2 * Wide{rate}); };
+    const auto distance = [&](std::uint64_t from, std::uint64_t to) {
+        return (Wide{to} - from + modulus) % modulus;
+    };
+    const Wide before = distance(clock, reference);
+    const Wide after = distance(reference, clock);
+    const Wide result = before < after ? time - roundedTime(before) : time + roundedTime(after);
+    return result < 0 ? result + roundedTime(modulus) : result;
+}
+
+TEST(SynchronizerTest, TakesTheShortWayRound) {
+    CSynchronizer synchronizer(systemClock, wrap33);
+    EXPECT_FALSE(synchronizer.IsSynchronized());
+    synchronizer.SetReference(100, 1'000'000);
+    EXPECT_TRUE(synchronizer.IsSynchronized());
+    EXPECT_EQ(synchronizer.ClockToReferenceTime(190), 1'010'000);
+    EXPECT_EQ(synchronizer.ClockToReferenceTime(10), 990'000);
+    synchronizer.SetReference(wrap33 - 90, 5'000);
+    EXPECT_EQ(synchronizer.ClockToReferenceTime(0), 15'000);
+    synchronizer.SetReference(90, 0);
+    EXPECT_EQ(synchronizer.ClockToReferenceTime(0), 954'437'176'889 - 10'000);
+    synchronizer.ResetReference();
+    EXPECT_FALSE(synchronizer.IsSynchronized());
+}
+
+TEST(SynchronizerTest, AgreesWithWideArithmetic) {
+    std::mt19937_64 random(1);
+    const std::vector<std::uint64_t> rates{1,         3,         1'000,      8'000,      44'100,
+                                           48'000,    90'000,    10'000'000, 27'000'000, 1'000'000'007,
+                                           9'999'999, 0xFFFFFFFF};
+    for (const std::uint64_t rate : rates) {
+        for (int bits = 8; bits <= 62; bits += 3) {
+            const std::uint64_t modulus = (std::uint64_t{1} << bits) - (bits % 2 == 0 ? 0 : random() % 100);
+            // What the result's 63 bits hold.
+            if (Wide{modulus} * 10'000'000 / rate >= Wide{1} << 62) continue;
+            CSynchronizer synchronizer(rate, modulus);
+            for (int i = 0; i < 200; ++i) {
+                const std::uint64_t reference = i % 3 == 0 ? modulus - 1 - random() % 5 : random() % modulus;
+                const std::uint64_t clock = i % 5 == 0   ? random() % 5
+                                            : i % 7 == 0 ? (reference + modulus / 2) % modulus
+                                                         : random() % modulus;
+                const auto time = static_cast<std::int64_t>(random() % (std::uint64_t{1} << (i % 60)));
+                synchronizer.SetReference(reference, time);
+                ASSERT_EQ(Wide{synchronizer.ClockToReferenceTime(clock)},
+                          converted(rate, modulus, reference, time, clock))
+                    << rate << " " << modulus << " " << reference << " " << time << " " << clock;
+            }
+        }
+    }
+}
+
+/// A filter of one pin.
+template <class Pin>
+class OnePinFilter final : public CBaseFilter {
+public:
+    template <class... Arguments>
+    explicit OnePinFilter(Arguments... arguments)
+        : CBaseFilter("OnePinFilter", nullptr, &lock_, GUID{1, 2, 3, {}}),
+          pin("Pin", this, &lock_, &result_, "Pin"_w, arguments...) {}
+
+    int GetPinCount() override { return 1; }
+    CBasePin* GetPin(int index) override { return index == 0 ? &pin : nullptr; }
+
+private:
+    CCritSec lock_;
+    HRESULT result_ = S_OK;
+
+public:
+    Pin pin;
+};
+
+class SyncPinsTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_EQ(platform::createFilterGraph(&graph_), S_OK);
+        control_ = queryFor<IMediaControl>(graph_, IID_IMediaControl);
+        events_ = queryFor<IMediaEvent>(graph_, IID_IMediaEvent);
+        ASSERT_EQ(graph_->AddFilter(source_, nullptr), S_OK);
+        ASSERT_EQ(graph_->AddFilter(sink_, nullptr), S_OK);
+        ASSERT_EQ(graph_->ConnectDirect(&source_->pin, &sink_->pin, nullptr), S_OK);
+    }
+
+    void run() {
+        ASSERT_GE(control_->Run(), 0);
+        OAFilterState state = -1;
+        ASSERT_GE(control_->GetState(5000, &state), 0);
+    }
+
+    int syncEvents() const {
+        int count = 0;
+        LONG code = 0;
+        LONG_PTR first = -1;
+        LONG_PTR second = -1;
+        while (events_->GetEvent(&code, &first, &second, 100) == S_OK) {
+            if (code == EC_SYNC_READY && first == 0 && second == 0) ++count;
+            events_->FreeEventParams(code, first, second);
+        }
+        return count;
+    }
+
+    const platform::ComponentRuntime runtime_;
+    CComPtr<IGraphBuilder> graph_;
+    CComPtr<IMediaControl> control_;
+    CComPtr<IMediaEvent> events_;
+    CComPtr<OnePinFilter<CSyncOutputPin>> source_{new OnePinFilter<CSyncOutputPin>()};
+    CComPtr<OnePinFilter<CSyncInputPin>> sink_{new OnePinFilter<CSyncInputPin>(wrap33, systemClock)};
+};
+
+TEST_F(SyncPinsTest, ReferencesReachTheOtherFilterAndTheGraphHearsOfTheFirst) {
+    EXPECT_FALSE(sink_->pin.IsSynchronized());
+    for (int round = 0; round < 2; ++round) {
+        run();
+        std::thread streaming([&] {
+            for (int i = 0; i < 20; ++i)
+                source_->pin.SetReference(wrap33 - 900 + 90 * static_cast<std::uint64_t>(i),
+                                          1'000'000 + 10'000 * i);
+        });
+        streaming.join();
+        EXPECT_TRUE(sink_->pin.IsSynchronized());
+        EXPECT_EQ(sink_->pin.ClockToReferenceTime(0), 1'100'000);
+        EXPECT_EQ(sink_->pin.ClockToReferenceTime(0xFFFFFFFF % wrap33), 1'100'000 + 0xFFFFFFFFLL * 1000 / 9);
+        EXPECT_EQ(syncEvents(), 1);
+        ASSERT_EQ(control_->Stop(), S_OK);
+        EXPECT_FALSE(sink_->pin.IsSynchronized());
+        source_->pin.SetReference(5, 5);
+        EXPECT_FALSE(sink_->pin.IsSynchronized()) << "stopped";
+    }
+}
+
+TEST_F(SyncPinsTest, AcceptClockSamplesAlone) {
+    const CMediaType type(MEDIATYPE_Sync, MEDIASUBTYPE_Sync);
+    EXPECT_EQ(source_->pin.CheckMediaType(&type), S_OK);
+    EXPECT_EQ(sink_->pin.CheckMediaType(nullptr), E_POINTER);
+    const CMediaType other(MEDIATYPE_Sync, MEDIATYPE_Sync);
+    EXPECT_EQ(sink_->pin.CheckMediaType(&other), S_FALSE);
+    CMediaType offered;
+    EXPECT_EQ(sink_->pin.GetMediaType(0, &offered), S_OK);
+    EXPECT_TRUE(offered == type);
+    EXPECT_EQ(sink_->pin.GetMediaType(1, &offered), VFW_S_NO_MORE_ITEMS);
+
+    CComPtr<IMemAllocator> allocator;
+    ASSERT_EQ(sink_->pin.GetAllocator(&allocator), S_OK);
+    ALLOCATOR_PROPERTIES properties{};
+    ASSERT_EQ(allocator->GetProperties(&properties), S_OK);
+    EXPECT_GE(properties.cBuffers, 4);
+    EXPECT_GE(properties.cbBuffer, 16);
+    run();
+    for (const LONG length : {7, 9, 8}) {
+        CComPtr<IMediaSample> sample;
+        ASSERT_EQ(allocator->GetBuffer(&sample, nullptr, nullptr, 0), S_OK);
+        REFERENCE_TIME start = 7;
+        REFERENCE_TIME stop = 8;
+        sample->SetTime(&start, &stop);
+        sample->SetActualDataLength(length);
+        EXPECT_EQ(sink_->pin.Receive(sample), length == 8 ? S_OK : E_FAIL);
+        EXPECT_EQ(sink_->pin.IsSynchronized(), length == 8);
+    }
+    ASSERT_EQ(control_->Stop(), S_OK);
+}
+
+}  // namespace
+}  // namespace mvrtpfec
