@@ -19,6 +19,7 @@ constexpr std::uint64_t unitsPerSecond = 10'000'000;
 constexpr std::uint64_t bytesPerKilobyte = 1024;
 
 struct Closes {
+    // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): this is the owner
     void operator()(std::FILE* file) const noexcept { std::fclose(file); }
 };
 using File = std::unique_ptr<std::FILE, Closes>;

@@ -109,8 +109,7 @@ void File::EnsureDirectory() const {
         const DWORD attributes = GetFileAttributesA(each->path_.c_str());
         if (isDirectory(attributes)) continue;
         if (exists(attributes)) each->RemoveFile();
-        if (!CreateDirectoryA(each->path_.c_str(), nullptr))
-            throwLastError("create directory", each->path_);
+        if (!CreateDirectoryA(each->path_.c_str(), nullptr)) throwLastError("create directory", each->path_);
     }
 }
 
@@ -148,8 +147,7 @@ void File::RemoveDirectory() const {
 }
 
 void File::removeEmptied() const {
-    if (!RemoveDirectoryA(path_.c_str()))
-        throwLastError("remove directory", path_);
+    if (!RemoveDirectoryA(path_.c_str())) throwLastError("remove directory", path_);
 }
 
 void File::Remove() const {

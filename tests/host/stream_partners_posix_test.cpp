@@ -31,7 +31,8 @@ class StreamPartner : public ProgramTest {
 protected:
     /// Runs a receiver, ended after some seconds, since it may wait for ever.
     static constexpr const char* whenDescribed =
-        "-c 'for i in $(seq 200); do test -s out.sdp && break; sleep 0.05; done; timeout -s INT {} "
+        "-c 'for i in $(seq 200); do test -s out.sdp && break; sleep 0.05; done; timeout --foreground -s INT "
+        "{} "
         "</dev/null'";
 
     /// What `receiver` says while the files are sent to it.
@@ -131,11 +132,11 @@ TEST_F(StreamPartner, FfmpegDecodesTheLoopedFilesWithoutAnError) {
     const std::string video = "h264_bframes_hrd.264";
     const std::uint16_t port = UdpListeners(4).firstPort();
     std::thread sender([&] {
-        runProcess(
-            "timeout",
-            fmt::format("-s INT 5 {} stream {} {} --to 127.0.0.1:{} --sdp out.sdp --loop", program().string(),
-                        streamPath(video).string(), streamPath("aac_lc.aac").string(), port),
-            pathOf(""));
+        runProcess("timeout",
+                   fmt::format("--foreground -s INT 5 {} stream {} {} --to 127.0.0.1:{} --sdp out.sdp --loop",
+                               program().string(), streamPath(video).string(),
+                               streamPath("aac_lc.aac").string(), port),
+                   pathOf(""));
     });
     const Outcome ffmpeg =
         runProcess("sh",
