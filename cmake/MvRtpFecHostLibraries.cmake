@@ -33,6 +33,8 @@ endfunction()
 
 mvrtpfec_headers(asio asio)
 target_link_libraries(asio INTERFACE ws2_32 mswsock)
+# What the system's headers take it for anyway.
+target_compile_definitions(asio INTERFACE _WIN32_WINNT=0x0A00)
 mvrtpfec_headers(fmt::fmt fmt)
 target_compile_definitions(fmt::fmt INTERFACE FMT_HEADER_ONLY)
 mvrtpfec_headers(CLI11::CLI11 CLI)

@@ -1,6 +1,7 @@
 #include <array>
 #include <vector>
 
+#include <asio/ip/udp.hpp>
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
