@@ -35,6 +35,7 @@ public:
     /// Ends both outputs; throws mvn::COMException when one fails.
     void onEndOfStream() override;
 
+    StreamType streamType() const noexcept { return streamType_; }
     std::uint32_t id() const noexcept { return id_; }
     bool isVideo() const noexcept { return isVideo_; }
     bool isMaster() const noexcept { return isMaster_; }
