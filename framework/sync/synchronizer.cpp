@@ -36,9 +36,10 @@ std::int64_t CSynchronizer::ClockToReferenceTime(std::uint64_t clock) {
     const CAutoLock lock(&lock_);
     const std::uint64_t before = forwardDistance(clock, referenceClock_);
     const std::uint64_t after = forwardDistance(referenceClock_, clock);
-    const std::int64_t time = before < after
-                                  ? referenceTime_ - static_cast<std::int64_t>(toReferenceTime(before))
-                                  : referenceTime_ + static_cast<std::int64_t>(toReferenceTime(after));
+    // Unsigned, so that times at the edge wrap.
+    const auto reference = static_cast<std::uint64_t>(referenceTime_);
+    const auto time = static_cast<std::int64_t>(before < after ? reference - toReferenceTime(before)
+                                                               : reference + toReferenceTime(after));
     return time < 0 ? time + modulusTime_ : time;
 }
 

@@ -173,8 +173,9 @@ void File::Enumerate(const Visitor& visit) const {
 void File::Copy(const File& destination) const {
     const DWORD attributes = GetFileAttributesA(path_.c_str());
     const auto fail = [&] { throw std::runtime_error("cannot copy " + path_ + " to " + destination.path_); };
+    // Before anything is removed that may be all there is.
+    if (!exists(attributes) || holds(destination)) fail();
     if (isDirectory(attributes)) {
-        if (holds(destination)) fail();
         destination.EnsureDirectory();
         Enumerate([&](const File& child, bool) { child.Copy(destination.Child(child.components_.back())); });
         return;

@@ -39,7 +39,7 @@ public:
     /// for what is no directory.
     void Enumerate(const Visitor& visit) const;
     /// A file, in place of what stands there, or the content of a directory into another. Throws
-    /// std::runtime_error, also for a directory that would be copied into itself.
+    /// std::runtime_error; for what isn't there or would be copied onto or into itself with nothing touched.
     void Copy(const File& destination) const;
 
 private:

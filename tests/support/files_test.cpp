@@ -45,8 +45,11 @@ TEST_F(FilesTest, TreesAreCopiedAndRemoved) {
     EXPECT_EQ(namesIn(root().Child("to")), (std::set<std::string>{"one", "other", "sub/"}));
     EXPECT_EQ(failure([&] { root().Child("from").Copy(root().Child("from").Child("in")); }),
               "cannot copy " + root().Path() + "\\from to " + root().Path() + "\\from\\in");
-    EXPECT_EQ(failure([&] { root().Child("none").Copy(root().Child("x")); }),
-              "cannot copy " + root().Path() + "\\none to " + root().Path() + "\\x");
+    EXPECT_EQ(failure([&] { root().Child("none").Copy(root().Child("to")); }),
+              "cannot copy " + root().Path() + "\\none to " + root().Path() + "\\to");
+    const File one = root().Child("to").Child("one");
+    EXPECT_EQ(failure([&] { one.Copy(one); }), "cannot copy " + one.Path() + " to " + one.Path());
+    EXPECT_EQ(read("to/one"), "1");
 
     root().Child("to").Remove();
     root().Child("from").Child("one").Remove();
