@@ -29,5 +29,6 @@ void addStreamCommand(CLI::App& app);
 void addSendCommand(CLI::App& app);
 void addReceiveCommand(CLI::App& app);
 void addRelayCommand(CLI::App& app);
+void addPlanCommand(CLI::App& app);
 
 }  // namespace mvrtpfec

@@ -62,6 +62,7 @@ int runProgram(const std::vector<std::string>& arguments) {
     addSendCommand(app);
     addReceiveCommand(app);
     addRelayCommand(app);
+    addPlanCommand(app);
     addSelftestCommand(app);
 
     try {

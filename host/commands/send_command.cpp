@@ -13,6 +13,7 @@
 #include "host/live/stream_writers.h"
 #include "host/log/program_log.h"
 #include "host/net/endpoint.h"
+#include "host/plan/matrix_plan.h"
 #include "platform/signals.h"
 
 namespace mvrtpfec {
@@ -83,14 +84,10 @@ private:
 };
 
 std::string protectionText(const MatrixConfig& matrix) {
-    const double columns = matrix.columns;
-    const double rows = matrix.rows;
-    const bool hasRows = matrix.mode != fecColumn;
-    const bool hasColumns = matrix.mode != fecRow;
-    const double overhead = (hasRows ? 1 / columns : 0) + (hasColumns ? 1 / rows : 0);
+    const MatrixCost cost = costOf(matrix);
     return fmt::format("{} x {}: {:.1f} % overhead, bursts of {} packets rebuilt, {} packets of delay",
-                       matrix.columns, matrix.rows, overhead * 100, hasColumns ? matrix.columns : 1,
-                       matrix.columns * matrix.rows);
+                       matrix.columns, matrix.rows, cost.overhead * 100, cost.longestBurst,
+                       cost.delayPackets);
 }
 
 void runSend(const SendOptions& options, mvn::log::ILogger& log) {

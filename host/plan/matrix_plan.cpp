@@ -1,0 +1,89 @@
+#include "host/plan/matrix_plan.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <tuple>
+
+#include "core/fec_composer.h"
+
+namespace mvrtpfec {
+
+namespace {
+
+constexpr std::array<int, 8> sizes{4, 5, 6, 8, 10, 12, 16, 20};
+constexpr int largestMatrix = 100;
+constexpr double bitsOfPacket = 7 * 188 * 8;
+
+struct Preset {
+    std::string_view name;
+    MatrixConfig matrix;
+};
+
+const std::array<Preset, 4> presets{{{"low-delay", {fecBoth, 5, 5}},
+                                     {"balanced", {fecBoth, 10, 10}},
+                                     {"long-bursts", {fecBoth, 20, 5}},
+                                     {"lean", {fecColumn, 10, 10}}}};
+
+bool isSame(const MatrixConfig& one, const MatrixConfig& other) {
+    return one.mode == other.mode && one.columns == other.columns && one.rows == other.rows;
+}
+
+std::string presetOf(const MatrixConfig& matrix) {
+    for (const Preset& preset : presets)
+        if (isSame(preset.matrix, matrix)) return std::string(preset.name);
+    return "";
+}
+
+std::vector<MatrixConfig> candidates() {
+    std::vector<MatrixConfig> all;
+    for (const int columns : sizes) {
+        // A row's protection doesn't depend on the rows.
+        all.push_back({fecRow, columns, sizes.front()});
+        for (const int rows : sizes) {
+            if (columns * rows > largestMatrix) continue;
+            all.push_back({fecColumn, columns, rows});
+            all.push_back({fecBoth, columns, rows});
+        }
+    }
+    return all;
+}
+
+std::optional<double> latencyOf(const MatrixCost& cost, const PlanRequest& request) {
+    if (!request.bitRate) return std::nullopt;
+    return cost.delayPackets * bitsOfPacket * 1000 / static_cast<double>(*request.bitRate);
+}
+
+bool isWithin(const MatrixCost& cost, const PlanRequest& request) {
+    if (request.mostOverhead && cost.overhead > *request.mostOverhead) return false;
+    const auto latency = latencyOf(cost, request);
+    return !request.mostLatency || !latency || 2 * *latency <= *request.mostLatency;
+}
+
+}  // namespace
+
+MatrixCost costOf(const MatrixConfig& matrix) {
+    MatrixCost cost;
+    if (matrix.mode != fecColumn) cost.overhead += 1.0 / matrix.columns;
+    if (matrix.mode != fecRow) cost.overhead += 1.0 / matrix.rows;
+    cost.longestBurst = matrix.mode == fecRow ? 1 : matrix.columns;
+    cost.delayPackets = matrix.columns * matrix.rows;
+    return cost;
+}
+
+std::vector<PlanEntry> planMatrices(const PlanRequest& request) {
+    std::vector<PlanEntry> entries;
+    for (const MatrixConfig& matrix : candidates()) {
+        const MatrixCost cost = costOf(matrix);
+        if (!isWithin(cost, request)) continue;
+        entries.push_back({matrix, cost, tryMatrix(matrix, request.channel, request.packets),
+                           latencyOf(cost, request), presetOf(matrix)});
+    }
+    std::ranges::stable_sort(entries, {}, [](const PlanEntry& entry) {
+        return std::tuple(entry.trial.sent - entry.trial.delivered, entry.cost.overhead,
+                          entry.cost.delayPackets);
+    });
+    return entries;
+}
+
+}  // namespace mvrtpfec

@@ -1,0 +1,63 @@
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "host/plan/matrix_plan.h"
+#include "tests/host/program_run.h"
+
+namespace mvrtpfec {
+namespace {
+
+ChannelConfig lossy(double loss, double burst) {
+    ChannelConfig channel;
+    channel.loss = channel.fecLoss = loss;
+    channel.burst = burst;
+    return channel;
+}
+
+TEST(PlanTest, ATrialLosesWhatTheMatrixCannotRebuild) {
+    const TrialFigures none = tryMatrix({fecBoth, 5, 5}, lossy(0, 1), 70'000);
+    EXPECT_EQ(none.delivered, 70'000U) << "over the wrap";
+    EXPECT_EQ(none.residualLoss(), 0);
+    const TrialFigures both = tryMatrix({fecBoth, 10, 10}, lossy(0.02, 1), 20'000);
+    const TrialFigures rows = tryMatrix({fecRow, 10, 4}, lossy(0.02, 1), 20'000);
+    EXPECT_NEAR(static_cast<double>(both.dropped), 400, 80);
+    EXPECT_LT(both.residualLoss(), rows.residualLoss() / 10);
+    // A packet stays lost when another of its ten is, or their FEC packet.
+    EXPECT_NEAR(rows.residualLoss(), 0.02 * (1 - std::pow(0.98, 10)), 0.001);
+    const TrialFigures again = tryMatrix({fecRow, 10, 4}, lossy(0.02, 1), 20'000);
+    EXPECT_EQ(again.delivered, rows.delivered);
+}
+
+TEST(PlanTest, OffersWhatIsWithinTheLimitsBestFirst) {
+    PlanRequest request;
+    request.bitRate = 8'000'000;
+    request.channel = lossy(0.02, 3);
+    request.mostLatency = 200;
+    request.mostOverhead = 0.3;
+    request.packets = 5000;
+    const auto entries = planMatrices(request);
+    ASSERT_GT(entries.size(), 5U);
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        const PlanEntry& entry = entries[i];
+        EXPECT_LE(entry.cost.overhead, 0.3);
+        EXPECT_LE(2 * *entry.latency, 200);
+        EXPECT_NEAR(*entry.latency, entry.matrix.columns * entry.matrix.rows * 1316 * 8 / 8000.0, 1e-6);
+        EXPECT_NO_THROW(
+            CFecComposer::checkMatrix(entry.matrix.mode, entry.matrix.columns, entry.matrix.rows));
+        EXPECT_GE(entry.trial.residualLoss(), entries[i > 0 ? i - 1 : 0].trial.residualLoss());
+    }
+}
+
+class PlanCommand : public ProgramTest {};
+
+TEST_F(PlanCommand, TellsTheSameInJson) {
+    const auto json = figures("plan --bitrate 8M --loss 0.01 --max-overhead 25");
+    ASSERT_GT(json["matrices"].size(), 3U);
+    for (const auto& matrix : json["matrices"]) EXPECT_LE(matrix["overhead_percent"], 25);
+    EXPECT_EQ(run("plan --max-latency 100").status, 2);
+    EXPECT_EQ(run("plan --bitrate 8M --max-latency 1").status, 1);
+}
+
+}  // namespace
+}  // namespace mvrtpfec
