@@ -43,13 +43,13 @@ public:
         graph_.run();
     }
 
+    /// What has been read leaves also when the input breaks.
     void run() {
-        DuePacket next;
-        while (!platform::wasInterrupted()) {
-            if (input_->wouldWait()) writers_.flush();
-            const MediaInput::Got got = input_->read(next);
-            if (got == MediaInput::Got::end) break;
-            if (got == MediaInput::Got::packet && isTime(next)) send(std::move(next.packet));
+        try {
+            sendAll();
+        } catch (const std::exception&) {
+            writers_.flush();
+            throw;
         }
         writers_.flush();
     }
@@ -65,6 +65,16 @@ public:
     }
 
 private:
+    void sendAll() {
+        DuePacket next;
+        while (!platform::wasInterrupted()) {
+            if (input_->wouldWait()) writers_.flush();
+            const MediaInput::Got got = input_->read(next);
+            if (got == MediaInput::Got::end) break;
+            if (got == MediaInput::Got::packet && isTime(next)) send(std::move(next.packet));
+        }
+    }
+
     bool isTime(const DuePacket& next) {
         if (!next.due) return true;
         if (pacer_.isAhead(*next.due)) writers_.flush();

@@ -105,6 +105,20 @@ TEST_F(LiveTest, ALoopedFileRunsOn) {
     }
 }
 
+TEST_F(LiveTest, WhatStandsBeforeABreakInTheFileLeaves) {
+    Bytes cut = sample();
+    cut.resize(20 * 7 * 188 + 3 * 188 + 100);
+    store("cut.ts", cut);
+    UdpListeners listeners(6);
+    const Outcome result =
+        run(fmt::format("send cut.ts --to 127.0.0.1:{} --mode row --columns 5 --rows 4 --bitrate 20M",
+                        listeners.firstPort()));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.text.find("truncated"), std::string::npos) << result.text;
+    EXPECT_EQ(listeners.datagrams(0).size(), 21U);
+    EXPECT_EQ(listeners.datagrams(2).size(), 4U);
+}
+
 TEST_F(LiveTest, RefusesWhatCannotBeMeant) {
     for (const auto& [arguments, text] :
          {std::pair{"send in.ts --to 127.0.0.1:65534 --mode both --columns 5 --rows 5", "two and four above"},
