@@ -26,7 +26,7 @@ std::FILE* standardOutput() noexcept {
 }
 
 std::FILE* createText(const fs::path& path) noexcept {
-    return std::fopen(path.c_str(), "wbe");
+    return std::fopen(path.c_str(), "wbe");  // NOLINT(cppcoreguidelines-owning-memory)
 }
 
 int openForWriting(const fs::path& path) noexcept {

@@ -20,6 +20,10 @@ void ignoreWriteSignals() noexcept {
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
+void ignoreHangUp() noexcept {
+    std::signal(SIGHUP, SIG_IGN);
+}
+
 void watchForInterruption() noexcept {
     // Without SA_RESTART, so that a read that waits for a silent pipe fails and the work unwinds.
     struct sigaction action {};

@@ -35,4 +35,6 @@ bool wasInterrupted() noexcept {
     return interrupted;
 }
 
+void ignoreHangUp() noexcept {}
+
 }  // namespace platform

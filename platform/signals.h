@@ -16,4 +16,7 @@ void watchForInterruption() noexcept;
 /// Whether one has come. Any thread.
 bool wasInterrupted() noexcept;
 
+/// A terminal that goes away is no reason to end.
+void ignoreHangUp() noexcept;
+
 }  // namespace platform

@@ -111,6 +111,7 @@ private:
 
 /// Whether every packet came out.
 bool runReceive(const ReceiveOptions& options, mvn::log::ILogPerf& log) {
+    platform::ignoreHangUp();
     const auto receiving = std::make_unique<Receiving>(options, log);
     receiving->run();
     receiving->tell();

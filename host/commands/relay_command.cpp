@@ -92,6 +92,7 @@ private:
 };
 
 void runRelay(const RelayOptions& options, mvn::log::ILogger& log) {
+    platform::ignoreHangUp();
     requireChannel(options.channel);
     Relay relay(options);
     relay.run();

@@ -101,6 +101,7 @@ std::string protectionText(const MatrixConfig& matrix) {
 }
 
 void runSend(const SendOptions& options, mvn::log::ILogger& log) {
+    platform::ignoreHangUp();
     checkMatrix(options.matrix);
     Sending sending(options);
     fmt::print(stderr, "{}\n", protectionText(options.matrix));

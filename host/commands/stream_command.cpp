@@ -180,6 +180,7 @@ private:
 };
 
 void runStream(const StreamOptions& options, mvn::log::ILogPerf& log) {
+    platform::ignoreHangUp();
     const auto target = parseTarget(options.to);
     if (target.port() + 2 * options.inputs.size() - 1 > mostPort)
         throw UsageError("there are not enough ports above for so many streams");
