@@ -50,6 +50,25 @@ void addGuardOption(CLI::App& command, bool& guard) {
         ->type_name("STATE");
 }
 
+void addFecFormatOption(CLI::App& command, FecFormat& format) {
+    addChoice(command, "--fec-format", format,
+              {{"native", FecFormat::native}, {"standard", FecFormat::standard}},
+              "FEC packets as our receivers read them or as SMPTE 2022-1 equipment does: native or standard "
+              "[native]")
+        ->type_name("FORMAT");
+}
+
+void addFecIntakeOption(CLI::App& command, std::optional<FecFormat>& format) {
+    addChoice(command, "--fec-format", format,
+              {{"auto", std::optional<FecFormat>()},
+               {"native", std::optional(FecFormat::native)},
+               {"standard", std::optional(FecFormat::standard)}},
+              std::string("FEC packets of our senders, of SMPTE 2022-1 equipment, or by what comes: native, "
+                          "standard or auto ") +
+                  (format ? "[native]" : "[auto]"))
+        ->type_name("FORMAT");
+}
+
 void addJsonOption(CLI::App& command, std::filesystem::path& path) {
     addPath(command, "--json", path, "Write the figures as one JSON object to FILE, or - for standard output")
         ->type_name("FILE|-");

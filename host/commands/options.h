@@ -2,11 +2,13 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include <CLI/CLI.hpp>
 
 #include "host/graph/matrix_config.h"
+#include "host/interop/fec_format.h"
 #include "host/io/file_format.h"
 #include "host/io/packet_source.h"
 
@@ -22,6 +24,10 @@ CLI::Option* addPath(CLI::App& command, const std::string& name, std::filesystem
 void addMatrixOptions(CLI::App& command, MatrixConfig& matrix);
 void addPortOption(CLI::App& command, std::uint16_t& port);
 void addGuardOption(CLI::App& command, bool& guard);
+/// --fec-format native or standard.
+void addFecFormatOption(CLI::App& command, FecFormat& format);
+/// The same for what comes in, and auto, for nothing.
+void addFecIntakeOption(CLI::App& command, std::optional<FecFormat>& format);
 void addJsonOption(CLI::App& command, std::filesystem::path& path);
 void addModuleOption(CLI::App& command, std::filesystem::path& path);
 

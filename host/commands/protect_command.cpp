@@ -24,6 +24,7 @@ struct ProtectOptions {
     std::filesystem::path in;
     std::filesystem::path out;
     MatrixConfig matrix;
+    FecFormat fecFormat = FecFormat::native;
     std::filesystem::path module;
     std::uint16_t port = defaultMediaPort;
     LogOptions log;
@@ -34,6 +35,8 @@ struct ProtectFigures {
     std::uint64_t passedOver = 0;
     std::uint64_t fecA = 0;
     std::uint64_t fecB = 0;
+    std::uint64_t notTurned =
+        0;  ///< FEC packets of media of several lengths, which standard ones can't protect
 };
 
 /// Copies the media and adds the FEC packets that each media packet completes behind it.
@@ -42,11 +45,17 @@ ProtectFigures protectStream(PacketSource& source, PacketSink& sink, const Prote
     Datagram media;
     Datagram fec;
     FilterGraph graph(options.module);
+    FecFormatBridge bridge;
     SenderBranch sender(graph, options.matrix, [&](StreamPort port, ConstRtpPacketView packet) {
+        fec.payload.assign(packet.data, packet.data + packet.length);
+        if (options.fecFormat == FecFormat::standard &&
+            !bridge.toStandard({fec.payload.data(), packet.length})) {
+            ++figures.notTurned;
+            return;
+        }
         ++(port == StreamPort::fecA ? figures.fecA : figures.fecB);
         fec.port = port;
         fec.time = media.time;
-        fec.payload.assign(packet.data, packet.data + packet.length);
         sink.write(fec);
     });
     graph.run();
@@ -60,8 +69,10 @@ ProtectFigures protectStream(PacketSource& source, PacketSink& sink, const Prote
         sink.write(media);
         if (!isProtectable(viewOf(media.payload)))
             ++figures.passedOver;
-        else
+        else {
+            bridge.note(viewOf(media.payload));
             sender.push(viewOf(media.payload));
+        }
     }
     requireMedia(figures.media, source, options.in, options.port);
     sender.finish();
@@ -84,6 +95,8 @@ void runProtect(const ProtectOptions& options) {
                 {"FEC on FECA", std::to_string(figures.fecA)},
                 {"FEC on FECB", std::to_string(figures.fecB)}};
     if (figures.passedOver > 0) table.emplace_back("not protected", std::to_string(figures.passedOver));
+    if (figures.notTurned > 0)
+        table.emplace_back("FEC of unequal packets", std::to_string(figures.notTurned));
     addSourceRows(table, *source);
     publish(fmt::format("{} -> {}", platform::utf8From(options.in), platform::utf8From(options.out)), table,
             "", {}, "");
@@ -97,6 +110,7 @@ void addProtectCommand(CLI::App& app) {
     addPath(*command, "IN", options->in, "Media to protect: .ts, .pcap or .pcapng")->required();
     addPath(*command, "OUT", options->out, "Capture to write, media and FEC: .pcap or .pcapng")->required();
     addMatrixOptions(*command, options->matrix);
+    addFecFormatOption(*command, options->fecFormat);
     addPortOption(*command, options->port);
     addModuleOption(*command, options->module);
     addLogOptions(*command, options->log);

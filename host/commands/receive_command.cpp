@@ -11,6 +11,7 @@
 #include "host/commands/options.h"
 #include "host/commands/report.h"
 #include "host/graph/filter_graph.h"
+#include "host/interop/fec_intake.h"
 #include "host/live/media_output.h"
 #include "host/live/reception_meter.h"
 #include "host/live/reception_report.h"
@@ -32,7 +33,8 @@ struct ReceiveOptions {
     ReceivingOptions receiving;
     SendingOptions sending;
     bool guard = true;
-    double interval = 1;  ///< s
+    std::optional<FecFormat> fecFormat;  ///< else by what comes
+    double interval = 1;                 ///< s
     std::filesystem::path json;
     std::filesystem::path module;
     LogOptions log;
@@ -50,7 +52,8 @@ public:
                  [this](ConstRtpPacketView packet, const Moment&) { deliver(packet); }),
           readers_(parseEndpoint(options.from), options.receiving,
                    [this](StreamPort port, auto packet) { arrive(port, std::move(packet)); }),
-          report_(options.json) {
+          report_(options.json),
+          intake_(options.fecFormat, log) {
         graph_.run();
     }
 
@@ -69,7 +72,8 @@ public:
     }
 
     ReceptionTotals totals() const {
-        return {meter_.figures(), chain_.figures(), readers_.tooLong(), output_->refused()};
+        return {meter_.figures(), chain_.figures(), readers_.tooLong(), output_->refused(),
+                intake_.leftOut()};
     }
 
     void tell() {
@@ -80,7 +84,8 @@ public:
 private:
     void arrive(StreamPort port, std::unique_ptr<RtpPacket> packet) {
         const auto now = std::chrono::steady_clock::now();
-        if (meter_.arrive(packet->view, now)) chain_.push(port, std::move(packet), moment_);
+        if (meter_.arrive(packet->view, now) && intake_.take(packet->view))
+            chain_.push(port, std::move(packet), moment_);
     }
 
     void deliver(ConstRtpPacketView packet) {
@@ -107,6 +112,7 @@ private:
     StreamReaders readers_;
     ReceptionReport report_;
     std::uint64_t restartsTold_ = 0;
+    FecIntake intake_;
 };
 
 /// Whether every packet came out.
@@ -132,6 +138,7 @@ void addReceiveCommand(CLI::App& app) {
         ->required();
     addReceivingOptions(*command, options->receiving);
     addGuardOption(*command, options->guard);
+    addFecIntakeOption(*command, options->fecFormat);
     command->add_option("--stats", options->interval, "Seconds between two lines of figures")
         ->check(CLI::Range(0.1, 3600.0))
         ->capture_default_str()

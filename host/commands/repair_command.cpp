@@ -10,6 +10,7 @@
 #include "host/commands/progress_bar.h"
 #include "host/commands/report.h"
 #include "host/graph/filter_graph.h"
+#include "host/interop/fec_intake.h"
 #include "host/io/packet_source.h"
 #include "host/log/program_log.h"
 #include "host/stages/repair_chain.h"
@@ -27,6 +28,7 @@ struct RepairOptions {
     std::filesystem::path module;
     std::uint16_t port = defaultMediaPort;
     bool guard = false;
+    std::optional<FecFormat> fecFormat = FecFormat::native;  ///< nothing: by what comes
     LogOptions log;
 };
 
@@ -38,6 +40,7 @@ RepairFigures repairStream(PacketSource& source, RepairedOutput& output, const R
                       [&](ConstRtpPacketView packet, const Moment& moment) { output.write(packet, moment); });
     graph.run();
 
+    FecIntake intake(options.fecFormat, log);
     ProgressBar progress;
     Datagram in;
     Moment moment;
@@ -46,7 +49,7 @@ RepairFigures repairStream(PacketSource& source, RepairedOutput& output, const R
         progress.update([&] { return source.progress(); });
         moment.time = in.time;
         moment.addressing = *source.addressing();
-        chain.push(in.port, in.payload, moment);
+        if (intake.take(in.payload)) chain.push(in.port, in.payload, moment);
     }
     chain.finish();
     const RepairFigures figures = chain.figures();
@@ -81,6 +84,7 @@ void addRepairCommand(CLI::App& app) {
     addPath(*command, "OUT", options->out, "Repaired media to write: .ts, .pcap or .pcapng")->required();
     addPortOption(*command, options->port);
     addGuardOption(*command, options->guard);
+    addFecIntakeOption(*command, options->fecFormat);
     addJsonOption(*command, options->json);
     addModuleOption(*command, options->module);
     addLogOptions(*command, options->log);

@@ -24,6 +24,7 @@ struct SendOptions {
     std::string input;
     std::string to;
     MatrixConfig matrix;
+    FecFormat fecFormat = FecFormat::native;
     MediaInputOptions media;
     SendingOptions sending;
     std::filesystem::path module;
@@ -37,9 +38,9 @@ public:
         : input_(openMediaInput(options.input, options.media)),
           writers_(parseEndpoint(options.to), options.sending),
           graph_(options.module),
-          sender_(graph_, options.matrix, [this](StreamPort port, ConstRtpPacketView packet) {
-              writers_.of(port).write({packet.data, packet.length});
-          }) {
+          sender_(graph_, options.matrix,
+                  [this](StreamPort port, ConstRtpPacketView packet) { sendFec(port, packet); }),
+          format_(options.fecFormat) {
         graph_.run();
     }
 
@@ -57,9 +58,9 @@ public:
     void report(mvn::log::ILogger& log) const {
         const std::string text = fmt::format(
             "sent {} media packets, {} FEC packets on FECA, {} on FECB; refused by the system {}, no media "
-            "{}",
+            "{}, FEC of unequal packets left out {}",
             writers_.of(StreamPort::media).packets(), writers_.of(StreamPort::fecA).packets(),
-            writers_.of(StreamPort::fecB).packets(), writers_.refused(), input_->leftOut());
+            writers_.of(StreamPort::fecB).packets(), writers_.refused(), input_->leftOut(), notTurned_);
         fmt::print(stderr, "{}\n", text);
         log.Log(2, "%s", text.c_str());
     }
@@ -81,7 +82,17 @@ private:
         return pacer_.waitUntil(*next.due);
     }
 
+    void sendFec(StreamPort port, ConstRtpPacketView fec) {
+        if (format_ == FecFormat::native) return writers_.of(port).write({fec.data, fec.length});
+        RtpPacket turned(fec.data, fec.length);
+        if (bridge_.toStandard(turned.view))
+            writers_.of(port).write({turned.view.data, turned.view.length});
+        else
+            ++notTurned_;
+    }
+
     void send(std::unique_ptr<RtpPacket> packet) {
+        bridge_.note(packet->view);
         writers_.of(StreamPort::media).write({packet->view.data, packet->view.length});
         if (isProtectable(packet->view)) sender_.push(packet->view);
     }
@@ -91,6 +102,10 @@ private:
     FilterGraph graph_;
     SenderBranch sender_;
     Pacer pacer_;
+    FecFormat format_;
+    FecFormatBridge bridge_;
+    std::uint64_t notTurned_ =
+        0;  ///< FEC packets of media of several lengths, which standard ones can't protect
 };
 
 std::string protectionText(const MatrixConfig& matrix) {
@@ -120,6 +135,7 @@ void addSendCommand(CLI::App& app) {
         ->type_name("ADDR:PORT")
         ->required();
     addMatrixOptions(*command, options->matrix);
+    addFecFormatOption(*command, options->fecFormat);
     addBitRateOption(*command, options->media.bitRate);
     command->add_flag("--loop", options->media.loop, "Begin a file anew when it ends");
     addSendingOptions(*command, options->sending);

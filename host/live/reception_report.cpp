@@ -78,6 +78,7 @@ void ReceptionReport::writeJson(const ReceptionTotals& totals, double seconds, d
                           {"foreign_packets", now.foreign + totals.tooLong},
                           {"longest_burst_packets", now.longestGap},
                           {"source_restarts", now.restarts},
+                          {"fec_not_turned_packets", totals.notTurned},
                           {"refused_datagrams", totals.refused}});
     line["columns"] = now.columns;
     line["rows"] = now.rows;

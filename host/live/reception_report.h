@@ -14,8 +14,9 @@ namespace mvrtpfec {
 struct ReceptionTotals {
     ReceptionFigures reception;
     RepairFigures repair;
-    std::uint64_t tooLong = 0;  ///< datagrams
-    std::uint64_t refused = 0;  ///< datagrams of the output that the system did not send
+    std::uint64_t tooLong = 0;    ///< datagrams
+    std::uint64_t refused = 0;    ///< datagrams of the output that the system did not send
+    std::uint64_t notTurned = 0;  ///< standard FEC packets that could not be turned into ours
 };
 
 /// Tells how reception goes: a line on standard error, rewritten in place on a terminal, and JSON lines.

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "host/interop/fec_format.h"
+#include "mvrtpfec/log_perf.h"
+
+namespace mvrtpfec {
+
+/// Makes FEC packets that come in ours, whichever they are. One thread.
+class FecIntake {
+public:
+    /// Without a format it is told by what comes, and logged.
+    FecIntake(std::optional<FecFormat> format, mvn::log::ILogger& log) : log_(log), format_(format) {}
+
+    /// Takes a valid packet, media or FEC, in the order of arrival. False for an FEC packet that can't be
+    /// made ours, which is to be left out.
+    bool take(RtpPacketView packet);
+    /// The same for what may be anything; what is neither is let through for others to judge.
+    bool take(std::vector<std::uint8_t>& datagram);
+
+    std::uint64_t leftOut() const noexcept { return leftOut_; }
+
+private:
+    bool makeOurs(RtpPacketView fec);
+    void tellFormat(ConstRtpPacketView fec);
+
+    mvn::log::ILogger& log_;
+    std::optional<FecFormat> format_;
+    FecFormatBridge bridge_;
+    int untold_ = 0;
+    std::uint64_t leftOut_ = 0;
+};
+
+}  // namespace mvrtpfec

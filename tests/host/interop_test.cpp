@@ -1,0 +1,98 @@
+#include <map>
+#include <memory>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "core/fec_composer.h"
+#include "core/fec_packet.h"
+#include "host/interop/fec_format.h"
+#include "host/interop/fec_intake.h"
+#include "host/io/datagram.h"
+#include "support/log/dummy_log_perf.h"
+#include "tests/host/io_test_frames.h"
+#include "tests/host/program_run.h"
+
+namespace mvrtpfec {
+namespace {
+
+/// Media and the FEC packets that each completes, through a bridge that has seen the media.
+struct InteropTest : testing::Test {
+    void send(std::uint16_t number, std::size_t length) {
+        Bytes media = rtpPacket(number, length);
+        lengths[number] = length;
+        bridge.note(viewOf(media));
+        intake.take({media.data(), static_cast<std::uint16_t>(length)});
+        composer.protect(viewOf(media));
+    }
+    /// Parity of the lengths of a group, less `header` each.
+    std::uint16_t parity(ConstRtpPacketView fec, std::size_t header) {
+        const ProtectedRange range = protectedRange(fec);
+        std::size_t all = 0;
+        for (unsigned i = 0; i < range.count; ++i)
+            all ^= lengths.at(static_cast<std::uint16_t>(range.base + i * range.offset)) - header;
+        return static_cast<std::uint16_t>(all);
+    }
+    static std::uint16_t field(ConstRtpPacketView fec) {
+        return readBigEndian16(fec.data + fec_header::lengthRecovery);
+    }
+
+    std::map<std::uint16_t, std::size_t> lengths;
+    FecFormatBridge bridge;
+    mvn::log::DummyLogPerf log;
+    FecIntake intake{std::nullopt, log};
+    std::vector<std::shared_ptr<RtpPacket>> made;
+    CFecComposer composer{[this](const auto& packet) { made.push_back(packet); }, fecBoth, 5, 4};
+};
+
+TEST_F(InteropTest, PacketsOfOneLengthAreTurnedThereAndBackOverTheWrap) {
+    for (int i = 0; i < 200; ++i) send(static_cast<std::uint16_t>(65436 + i), 1328);
+    ASSERT_GT(made.size(), 70U);
+    for (const auto& packet : made) {
+        const std::uint16_t ours = field(packet->view);
+        EXPECT_EQ(ours, parity(packet->view, 0));
+        EXPECT_TRUE(bridge.toStandard(packet->view));
+        EXPECT_EQ(field(packet->view), parity(packet->view, rtpHeaderSize));
+        EXPECT_TRUE(intake.take(packet->view));
+        EXPECT_EQ(field(packet->view), ours);
+    }
+}
+
+TEST_F(InteropTest, WhereLengthsDifferNothingIsTurned) {
+    for (std::uint16_t i = 0; i < 40; ++i) send(i, 1328);
+    for (std::uint16_t i = 40; i < 80; ++i) send(i, 1140);
+    std::size_t refused = 0;
+    for (const auto& packet : made) {
+        const ProtectedRange range = protectedRange(packet->view);
+        const bool isUniform = range.base >= 40;
+        const std::uint16_t ours = field(packet->view);
+        EXPECT_EQ(bridge.toStandard(packet->view), isUniform);
+        EXPECT_EQ(field(packet->view), isUniform ? parity(packet->view, rtpHeaderSize) : ours);
+        if (!isUniform) ++refused;
+    }
+    EXPECT_GT(refused, 10U);
+    EXPECT_LT(refused, made.size());
+}
+
+TEST_F(InteropTest, OurOwnAreTakenAsTheyAre) {
+    for (std::uint16_t i = 0; i < 100; ++i) send(i, 1328);
+    for (const auto& packet : made) {
+        const std::uint16_t ours = field(packet->view);
+        EXPECT_TRUE(intake.take(packet->view));
+        EXPECT_EQ(field(packet->view), ours);
+    }
+    EXPECT_EQ(intake.leftOut(), 0U);
+}
+
+class InteropFilesTest : public ProgramTest {};
+
+TEST_F(InteropFilesTest, StandardFecIsMadeAndRepairedFromFiles) {
+    store("in.ts", sample());
+    ASSERT_EQ(run("protect in.ts fec.pcap --mode both --columns 5 --rows 5 --fec-format standard").status, 0);
+    ASSERT_EQ(run("repair fec.pcap out.ts --guard on --fec-format auto").status, 0);
+    EXPECT_EQ(load("out.ts"), sample());
+    EXPECT_EQ(run("repair fec.pcap out.ts --fec-format other").status, 2);
+}
+
+}  // namespace
+}  // namespace mvrtpfec
