@@ -1,7 +1,6 @@
 #include "framework/sync/sync_input_pin.h"
 
 #include "framework/base/base_filter.h"
-#include "framework/guarded_entry.h"
 #include "platform/media_graph.h"
 
 namespace mvrtpfec {
@@ -51,6 +50,12 @@ HRESULT CSyncInputPin::tellGraph() {
     if (FAILED(result)) return result;
     result = sink->Notify(EC_SYNC_READY, 0, 0);
     return FAILED(result) ? result : S_OK;
+}
+
+HRESULT CSyncInputPin::Active() {
+    // A Receive that was under way when the filter stopped may have left a reference.
+    synchronizer_.ResetReference();
+    return CBaseInputPin::Active();
 }
 
 HRESULT CSyncInputPin::Inactive() {

@@ -17,8 +17,10 @@ public:
 
     HRESULT CheckMediaType(const CMediaType* type) override { return checkSyncMediaType(type); }
     HRESULT GetMediaType(int position, CMediaType* type) override;
-    /// E_FAIL for a sample that isn't 8 bytes long.
+    /// E_FAIL for a sample that isn't 8 bytes long. A failure to tell the graph is returned, but the
+    /// reference stays.
     STDMETHODIMP Receive(IMediaSample* sample) override;
+    HRESULT Active() override;
     HRESULT Inactive() override;
 
     bool IsSynchronized() override { return synchronizer_.IsSynchronized(); }

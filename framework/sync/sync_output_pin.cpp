@@ -10,7 +10,7 @@ bool writeReference(IMediaSample& sample, std::uint64_t clock, REFERENCE_TIME ti
     BYTE* bytes = nullptr;
     if (FAILED(sample.GetPointer(&bytes)) || sample.GetSize() < syncSampleSize) return false;
     for (int i = 0; i < syncSampleSize; ++i) bytes[i] = static_cast<BYTE>(clock >> 8 * i);
-    REFERENCE_TIME stop = time + 1;
+    auto stop = static_cast<REFERENCE_TIME>(static_cast<std::uint64_t>(time) + 1);  // the last time wraps
     return SUCCEEDED(sample.SetActualDataLength(syncSampleSize)) && SUCCEEDED(sample.SetTime(&time, &stop));
 }
 

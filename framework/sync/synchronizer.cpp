@@ -13,7 +13,7 @@ constexpr std::uint64_t unitsPerSecond = 10'000'000;
 }  // namespace
 
 CSynchronizer::CSynchronizer(std::uint64_t rate, std::uint64_t modulus)
-    : rate_(rate), modulus_(modulus), modulusTime_(static_cast<std::int64_t>(toReferenceTime(modulus))) {}
+    : rate_(rate), modulus_(modulus), modulusTime_(toReferenceTime(modulus)) {}
 
 bool CSynchronizer::IsSynchronized() {
     const CAutoLock lock(&lock_);
@@ -38,9 +38,10 @@ std::int64_t CSynchronizer::ClockToReferenceTime(std::uint64_t clock) {
     const std::uint64_t after = forwardDistance(referenceClock_, clock);
     // Unsigned, so that times at the edge wrap.
     const auto reference = static_cast<std::uint64_t>(referenceTime_);
-    const auto time = static_cast<std::int64_t>(before < after ? reference - toReferenceTime(before)
-                                                               : reference + toReferenceTime(after));
-    return time < 0 ? time + modulusTime_ : time;
+    const std::uint64_t time =
+        before < after ? reference - toReferenceTime(before) : reference + toReferenceTime(after);
+    const bool negative = static_cast<std::int64_t>(time) < 0;
+    return static_cast<std::int64_t>(negative ? time + modulusTime_ : time);
 }
 
 /// Rounded to the nearest, halves up. Whole seconds' worth of ticks go apart from the rest, so that nothing

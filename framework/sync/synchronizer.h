@@ -28,7 +28,7 @@ private:
     std::uint64_t referenceClock_ = 0;
     const std::uint64_t rate_;
     const std::uint64_t modulus_;
-    const std::int64_t modulusTime_;  ///< 100 ns
+    const std::uint64_t modulusTime_;  ///< 100 ns
 };
 
 }  // namespace mvrtpfec

@@ -1,5 +1,8 @@
+#include <cstring>
+#include <functional>
 #include <random>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -51,11 +54,12 @@ TEST(SynchronizerTest, TakesTheShortWayRound) {
 
 TEST(SynchronizerTest, AgreesWithWideArithmetic) {
     std::mt19937_64 random(1);
-    const std::vector<std::uint64_t> rates{1,         3,         1'000,      8'000,      44'100,
-                                           48'000,    90'000,    10'000'000, 27'000'000, 1'000'000'007,
-                                           9'999'999, 0xFFFFFFFF};
+    // 192 kHz and above 10 MHz there are halves to round.
+    const std::vector<std::uint64_t> rates{1,          3,          1'000,         8'000,      44'100,
+                                           48'000,     90'000,     192'000,       9'999'999,  10'000'000,
+                                           20'000'000, 27'000'000, 1'000'000'007, 0xFFFFFFFF, 0x100000000};
     for (const std::uint64_t rate : rates) {
-        for (int bits = 8; bits <= 62; bits += 3) {
+        for (int bits = 8; bits <= 63; ++bits) {
             const std::uint64_t modulus = (std::uint64_t{1} << bits) - (bits % 2 == 0 ? 0 : random() % 100);
             // What the result's 63 bits hold.
             if (Wide{modulus} * 10'000'000 / rate >= Wide{1} << 62) continue;
@@ -65,7 +69,8 @@ TEST(SynchronizerTest, AgreesWithWideArithmetic) {
                 const std::uint64_t clock = i % 5 == 0   ? random() % 5
                                             : i % 7 == 0 ? (reference + modulus / 2) % modulus
                                                          : random() % modulus;
-                const auto time = static_cast<std::int64_t>(random() % (std::uint64_t{1} << (i % 60)));
+                const auto size = static_cast<std::int64_t>(random() % (std::uint64_t{1} << (i % 60)));
+                const std::int64_t time = i % 4 == 0 ? -size : size;
                 synchronizer.SetReference(reference, time);
                 ASSERT_EQ(Wide{synchronizer.ClockToReferenceTime(clock)},
                           converted(rate, modulus, reference, time, clock))
@@ -95,6 +100,27 @@ public:
     Pin pin;
 };
 
+/// What comes in can be looked at, and what happens amid a Receive arranged.
+class WatchedPin final : public CSyncInputPin {
+public:
+    using CSyncInputPin::CSyncInputPin;
+
+    std::function<void()> onceChecked = [] {};
+    REFERENCE_TIME lastDuration = -1;
+
+    STDMETHODIMP Receive(IMediaSample* sample) override {
+        REFERENCE_TIME start = 0;
+        REFERENCE_TIME stop = 0;
+        if (sample->GetTime(&start, &stop) == S_OK) lastDuration = stop - start;
+        return CSyncInputPin::Receive(sample);
+    }
+    HRESULT CheckStreaming() override {
+        const HRESULT result = CSyncInputPin::CheckStreaming();
+        std::exchange(onceChecked, [] {})();
+        return result;
+    }
+};
+
 class SyncPinsTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -110,6 +136,21 @@ protected:
         ASSERT_GE(control_->Run(), 0);
         OAFilterState state = -1;
         ASSERT_GE(control_->GetState(5000, &state), 0);
+    }
+
+    /// Hands the input pin a sample as somebody else might.
+    HRESULT receive(const std::vector<BYTE>& bytes, REFERENCE_TIME start) {
+        CComPtr<IMemAllocator> allocator;
+        CComPtr<IMediaSample> sample;
+        BYTE* buffer = nullptr;
+        REFERENCE_TIME stop = start + 1;
+        EXPECT_EQ(sink_->pin.GetAllocator(&allocator), S_OK);
+        EXPECT_EQ(allocator->GetBuffer(&sample, nullptr, nullptr, 0), S_OK);
+        EXPECT_EQ(sample->GetPointer(&buffer), S_OK);
+        std::memcpy(buffer, bytes.data(), bytes.size());
+        EXPECT_EQ(sample->SetActualDataLength(static_cast<LONG>(bytes.size())), S_OK);
+        EXPECT_EQ(sample->SetTime(&start, &stop), S_OK);
+        return sink_->pin.Receive(sample);
     }
 
     int syncEvents() const {
@@ -129,7 +170,7 @@ protected:
     CComPtr<IMediaControl> control_;
     CComPtr<IMediaEvent> events_;
     CComPtr<OnePinFilter<CSyncOutputPin>> source_{new OnePinFilter<CSyncOutputPin>()};
-    CComPtr<OnePinFilter<CSyncInputPin>> sink_{new OnePinFilter<CSyncInputPin>(wrap33, systemClock)};
+    CComPtr<OnePinFilter<WatchedPin>> sink_{new OnePinFilter<WatchedPin>(wrap33, systemClock)};
 };
 
 TEST_F(SyncPinsTest, ReferencesReachTheOtherFilterAndTheGraphHearsOfTheFirst) {
@@ -145,6 +186,7 @@ TEST_F(SyncPinsTest, ReferencesReachTheOtherFilterAndTheGraphHearsOfTheFirst) {
         EXPECT_TRUE(sink_->pin.IsSynchronized());
         EXPECT_EQ(sink_->pin.ClockToReferenceTime(0), 1'100'000);
         EXPECT_EQ(sink_->pin.ClockToReferenceTime(0xFFFFFFFF % wrap33), 1'100'000 + 0xFFFFFFFFLL * 1000 / 9);
+        EXPECT_EQ(sink_->pin.lastDuration, 1);
         EXPECT_EQ(syncEvents(), 1);
         ASSERT_EQ(control_->Stop(), S_OK);
         EXPECT_FALSE(sink_->pin.IsSynchronized());
@@ -153,7 +195,7 @@ TEST_F(SyncPinsTest, ReferencesReachTheOtherFilterAndTheGraphHearsOfTheFirst) {
     }
 }
 
-TEST_F(SyncPinsTest, AcceptClockSamplesAlone) {
+TEST_F(SyncPinsTest, AgreeOnClockSamplesAloneAndOnTheirBuffers) {
     const CMediaType type(MEDIATYPE_Sync, MEDIASUBTYPE_Sync);
     EXPECT_EQ(source_->pin.CheckMediaType(&type), S_OK);
     EXPECT_EQ(sink_->pin.CheckMediaType(nullptr), E_POINTER);
@@ -166,21 +208,37 @@ TEST_F(SyncPinsTest, AcceptClockSamplesAlone) {
 
     CComPtr<IMemAllocator> allocator;
     ASSERT_EQ(sink_->pin.GetAllocator(&allocator), S_OK);
-    ALLOCATOR_PROPERTIES properties{};
-    ASSERT_EQ(allocator->GetProperties(&properties), S_OK);
-    EXPECT_GE(properties.cBuffers, 4);
-    EXPECT_GE(properties.cbBuffer, 16);
+    ALLOCATOR_PROPERTIES request{1, 100, 0, 7};
+    ALLOCATOR_PROPERTIES set{};
+    ASSERT_EQ(source_->pin.DecideBufferSize(allocator, &request), S_OK);
+    ASSERT_EQ(allocator->GetProperties(&set), S_OK);
+    EXPECT_EQ(set.cBuffers, 4);
+    EXPECT_EQ(set.cbBuffer, 100);
+    EXPECT_EQ(set.cbAlign, 1);
+    EXPECT_EQ(set.cbPrefix, 0);
+}
+
+TEST_F(SyncPinsTest, ASampleOfAnotherLengthChangesNothing) {
     run();
-    for (const LONG length : {7, 9, 8}) {
-        CComPtr<IMediaSample> sample;
-        ASSERT_EQ(allocator->GetBuffer(&sample, nullptr, nullptr, 0), S_OK);
-        REFERENCE_TIME start = 7;
-        REFERENCE_TIME stop = 8;
-        sample->SetTime(&start, &stop);
-        sample->SetActualDataLength(length);
-        EXPECT_EQ(sink_->pin.Receive(sample), length == 8 ? S_OK : E_FAIL);
-        EXPECT_EQ(sink_->pin.IsSynchronized(), length == 8);
-    }
+    EXPECT_EQ(receive({9, 8, 7, 6, 1, 0, 0}, 70), E_FAIL);
+    EXPECT_FALSE(sink_->pin.IsSynchronized());
+    EXPECT_EQ(receive({9, 8, 7, 6, 1, 0, 0, 0}, 7), S_OK);
+    EXPECT_EQ(receive({1, 0, 0, 0, 0, 0, 0, 0, 0}, 90), E_FAIL);
+    EXPECT_EQ(sink_->pin.ClockToReferenceTime(0x0106070809), 7);
+    EXPECT_EQ(syncEvents(), 1);
+    ASSERT_EQ(control_->Stop(), S_OK);
+}
+
+TEST_F(SyncPinsTest, AReferenceTakenAmidAStopIsForgottenAtTheNextStart) {
+    run();
+    sink_->pin.onceChecked = [&] { sink_->Stop(); };
+    source_->pin.SetReference(5, 5);
+    ASSERT_EQ(control_->Stop(), S_OK);
+    syncEvents();
+    run();
+    EXPECT_FALSE(sink_->pin.IsSynchronized());
+    source_->pin.SetReference(6, 6);
+    EXPECT_EQ(syncEvents(), 1);
     ASSERT_EQ(control_->Stop(), S_OK);
 }
 
