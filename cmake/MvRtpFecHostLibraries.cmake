@@ -1,4 +1,4 @@
-# The libraries under the host: asio, fmt::fmt, CLI11::CLI11, nlohmann_json::nlohmann_json and PkgConfig::PCAP.
+# The libraries under the host: asio, Boost::headers, fmt::fmt, CLI11::CLI11, nlohmann_json::nlohmann_json and PkgConfig::PCAP.
 
 if(NOT CMAKE_CROSSCOMPILING)
   find_package(PkgConfig REQUIRED)
@@ -7,6 +7,7 @@ if(NOT CMAKE_CROSSCOMPILING)
   find_package(CLI11 REQUIRED)
   find_package(nlohmann_json REQUIRED GLOBAL)
   find_path(MVRTPFEC_ASIO asio.hpp REQUIRED)
+  find_package(Boost REQUIRED)
   find_package(Threads REQUIRED)
   add_library(asio INTERFACE IMPORTED GLOBAL)
   target_link_libraries(asio INTERFACE Threads::Threads)
@@ -35,6 +36,8 @@ mvrtpfec_headers(asio asio)
 target_link_libraries(asio INTERFACE ws2_32 mswsock)
 # What the system's headers take it for anyway.
 target_compile_definitions(asio INTERFACE _WIN32_WINNT=0x0A00)
+mvrtpfec_headers(Boost::headers boost)
+target_link_libraries(Boost::headers INTERFACE ws2_32 mswsock)
 mvrtpfec_headers(fmt::fmt fmt)
 target_compile_definitions(fmt::fmt INTERFACE FMT_HEADER_ONLY)
 mvrtpfec_headers(CLI11::CLI11 CLI)

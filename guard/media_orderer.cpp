@@ -37,6 +37,17 @@ void MediaOrderer::push(std::unique_ptr<RtpPacket> packet) {
     if (collected_.size() >= startHold_) begin();
 }
 
+void MediaOrderer::passTime(std::chrono::steady_clock::time_point now, std::chrono::nanoseconds patience) {
+    if (collecting_ || held_ == 0) {
+        waiting_.reset();
+    } else if (!waiting_ || waiting_->number != next_) {
+        waiting_ = {next_, now};
+    } else if (now - waiting_->since >= patience) {
+        while (!slots_[head_]) step();
+        handOnDue();
+    }
+}
+
 void MediaOrderer::begin() {
     if (!collecting_ || collected_.empty()) return;
     collecting_ = false;

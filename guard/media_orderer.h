@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -39,6 +40,8 @@ public:
     MediaOrderer(std::size_t window, std::size_t startHold, Output output);
 
     void push(std::unique_ptr<RtpPacket> packet);
+    /// Gives up the hole at which packets wait if it was there at a call `patience` ago.
+    void passTime(std::chrono::steady_clock::time_point now, std::chrono::nanoseconds patience);
     /// Ends the collecting at the start of a run.
     void begin();
     /// Hands on everything held, over its holes.
@@ -72,6 +75,11 @@ private:
     void giveUpTo(std::uint16_t target);
     void step();
 
+    struct Waiting {
+        std::uint16_t number;
+        std::chrono::steady_clock::time_point since;
+    };
+
     std::size_t window_;
     std::size_t startHold_;
     Output output_;
@@ -90,6 +98,7 @@ private:
     int reach_ = 0;                          ///< how far behind a packet may belong to this run
     int leftOutInARow_ = 0;
     std::unique_ptr<RtpPacket> stray_;
+    std::optional<Waiting> waiting_;  ///< for a missing number, while packets behind it are held
 };
 
 }  // namespace mvrtpfec

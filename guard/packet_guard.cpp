@@ -8,12 +8,11 @@ namespace mvrtpfec {
 
 namespace {
 
-constexpr std::size_t maxHeld = 1000;
 constexpr std::uint16_t lastNumber = 65535;
 constexpr std::size_t maxEarly = 64;
 
 std::size_t checked(std::size_t packets, const char* message) {
-    if (packets < 1 || packets > maxHeld) throw std::invalid_argument(message);
+    if (packets < 1 || packets > PacketGuard::largestWindow) throw std::invalid_argument(message);
     return packets;
 }
 
@@ -35,6 +34,7 @@ bool isAcceptable(ConstRtpPacketView packet) {
 
 PacketGuard::PacketGuard(Output output, const GuardSettings& settings)
     : output_(std::move(output)),
+      patience_(settings.patience),
       orderer_(checked(settings.window, "the guard's window must be 1 to 1000 packets"),
                checked(settings.startHold, "the guard's start hold must be 1 to 1000 packets"),
                {[this](std::unique_ptr<RtpPacket> media, bool afterHole) {
@@ -49,6 +49,10 @@ void PacketGuard::push(std::unique_ptr<RtpPacket> packet) {
         pushFec(std::move(packet));
     else
         orderer_.push(std::move(packet));
+}
+
+void PacketGuard::passTime(std::chrono::steady_clock::time_point now) {
+    if (patience_) orderer_.passTime(now, *patience_);
 }
 
 void PacketGuard::flush() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -19,6 +20,8 @@ enum class ReceiverInput : std::uint8_t { media = 0, columnFec = 1, rowFec = 2 }
 
 struct GuardSettings {
     std::size_t window = 20;  ///< packets by which one may be overtaken and still be put in its place
+    /// How long a missing packet is waited for at most; left out: until the window has passed it.
+    std::optional<std::chrono::nanoseconds> patience;
     /// Packets held back at most at the start of a run, until a column FEC packet has told the decoder
     /// how long to keep them. More than one of our largest matrices.
     std::size_t startHold = 128;
@@ -51,13 +54,18 @@ class PacketGuard {
 public:
     using Output = std::function<void(ReceiverInput, std::unique_ptr<RtpPacket>)>;
 
-    /// Throws std::invalid_argument for a window or a start hold outside 1 to 1000.
+    static constexpr std::size_t largestWindow = 1000;
+
+    /// Throws std::invalid_argument for a window or a start hold outside 1 to largestWindow.
     explicit PacketGuard(Output output, const GuardSettings& settings = {});
 
     PacketGuard(const PacketGuard&) = delete;
     PacketGuard& operator=(const PacketGuard&) = delete;
 
     void push(std::unique_ptr<RtpPacket> packet);
+    /// Tells the time, which only the settings' patience needs: every few milliseconds, by any clock that
+    /// doesn't go back.
+    void passTime(std::chrono::steady_clock::time_point now);
     /// Hands on every packet still held, at the end of a stream.
     void flush();
 
@@ -78,6 +86,7 @@ private:
     void onRestart();
 
     Output output_;
+    std::optional<std::chrono::nanoseconds> patience_;
     MediaOrderer orderer_;
     FecGate gate_;
     MatrixSize matrix_;                              ///< of this run

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 
+#include <linux/sock_diag.h>
 #include <sys/socket.h>
 
 #include "platform/datagrams.h"
@@ -55,6 +56,13 @@ std::size_t sendDatagrams(SocketHandle socket, std::span<const DatagramBuffer> b
         sent += static_cast<std::size_t>(taken);
     }
     return sent;
+}
+
+std::uint32_t droppedDatagrams(SocketHandle socket) noexcept {
+    std::array<std::uint32_t, SK_MEMINFO_VARS> memory{};
+    socklen_t size = sizeof memory;
+    if (getsockopt(static_cast<int>(socket), SOL_SOCKET, SO_MEMINFO, memory.data(), &size) != 0) return 0;
+    return memory[SK_MEMINFO_DROPS];
 }
 
 }  // namespace platform

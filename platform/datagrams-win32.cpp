@@ -29,4 +29,8 @@ std::size_t sendDatagrams(SocketHandle socket, std::span<const DatagramBuffer> b
     return sent;
 }
 
+std::uint32_t droppedDatagrams(SocketHandle) noexcept {
+    return 0;
+}
+
 }  // namespace platform

@@ -23,4 +23,8 @@ std::size_t receiveDatagrams(SocketHandle socket, std::span<DatagramBuffer> buff
 /// Sends to where the socket is connected. How many the system took, in order; fewer when it refuses one.
 std::size_t sendDatagrams(SocketHandle socket, std::span<const DatagramBuffer> buffers) noexcept;
 
+/// Datagrams that the system dropped since the socket was opened, because nobody had read those before; 0
+/// where it doesn't tell.
+std::uint32_t droppedDatagrams(SocketHandle socket) noexcept;
+
 }  // namespace platform

@@ -44,10 +44,17 @@ void addPortOption(CLI::App& command, std::uint16_t& port) {
         ->type_name("P");
 }
 
-void addGuardOption(CLI::App& command, bool& guard) {
-    addChoice(command, "--guard", guard, {{"on", true}, {"off", false}},
-              std::string("Packet guard in front of the receiver: on or off [") + (guard ? "on]" : "off]"))
+void addGuardOptions(CLI::App& command, GuardOptions& guard) {
+    addChoice(
+        command, "--guard", guard.isOn, {{"on", true}, {"off", false}},
+        std::string("Packet guard in front of the receiver: on or off [") + (guard.isOn ? "on]" : "off]"))
         ->type_name("STATE");
+    command
+        .add_option("--guard-window", guard.settings.window,
+                    "Packets by which one may be overtaken and be put in its place by the guard")
+        ->check(CLI::Range(std::size_t{1}, PacketGuard::largestWindow))
+        ->capture_default_str()
+        ->type_name("N");
 }
 
 void addFecFormatOption(CLI::App& command, FecFormat& format) {

@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "guard/packet_guard.h"
 #include "host/graph/matrix_config.h"
 #include "host/interop/fec_format.h"
 #include "host/io/file_format.h"
@@ -18,12 +19,21 @@ namespace mvrtpfec {
 
 inline constexpr std::uint16_t defaultMediaPort = 5004;
 
+struct GuardOptions {
+    bool isOn = true;
+    GuardSettings settings;
+
+    /// None for no guard.
+    std::optional<GuardSettings> chosen() const { return isOn ? std::optional(settings) : std::nullopt; }
+};
+
 /// A file's name, given by option or, without dashes, by place.
 CLI::Option* addPath(CLI::App& command, const std::string& name, std::filesystem::path& path,
                      const std::string& help);
 void addMatrixOptions(CLI::App& command, MatrixConfig& matrix);
 void addPortOption(CLI::App& command, std::uint16_t& port);
-void addGuardOption(CLI::App& command, bool& guard);
+/// --guard and --guard-window.
+void addGuardOptions(CLI::App& command, GuardOptions& guard);
 /// --fec-format native or standard.
 void addFecFormatOption(CLI::App& command, FecFormat& format);
 /// The same for what comes in, and auto, for nothing.

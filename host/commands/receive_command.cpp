@@ -1,4 +1,5 @@
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -13,7 +14,9 @@
 #include "host/graph/filter_graph.h"
 #include "host/interop/fec_intake.h"
 #include "host/live/media_output.h"
+#include "host/live/reception_log.h"
 #include "host/live/reception_meter.h"
+#include "host/live/reception_metrics.h"
 #include "host/live/reception_report.h"
 #include "host/live/stream_readers.h"
 #include "host/log/program_log.h"
@@ -32,10 +35,11 @@ struct ReceiveOptions {
     std::string output;
     ReceivingOptions receiving;
     SendingOptions sending;
-    bool guard = true;
+    GuardOptions guard;
     std::optional<FecFormat> fecFormat;  ///< else by what comes
     double interval = 1;                 ///< s
     std::filesystem::path json;
+    std::string metrics;  ///< where they are served; empty for nowhere
     std::filesystem::path module;
     LogOptions log;
 };
@@ -48,12 +52,14 @@ public:
           log_(log),
           output_(openMediaOutput(options.output, options.sending)),
           graph_(options.module),
-          chain_(graph_, options.guard, log,
+          chain_(graph_, options.guard.chosen(), log,
                  [this](ConstRtpPacketView packet, const Moment&) { deliver(packet); }),
           readers_(parseEndpoint(options.from), options.receiving,
                    [this](StreamPort port, auto packet) { arrive(port, std::move(packet)); }),
           report_(options.json),
           intake_(options.fecFormat, log) {
+        if (!options.metrics.empty())
+            metrics_ = std::make_unique<ReceptionMetrics>(parseEndpoint(options.metrics));
         graph_.run();
     }
 
@@ -62,7 +68,8 @@ public:
             std::chrono::duration<double>(options_.interval));
         auto next = std::chrono::steady_clock::now() + interval;
         while (!platform::wasInterrupted()) {
-            readers_.runFor(50ms);
+            readers_.runFor(turn_);
+            chain_.passTime(std::chrono::steady_clock::now());
             if (std::chrono::steady_clock::now() < next) continue;
             next += interval;
             tell();
@@ -71,14 +78,17 @@ public:
         output_->finish();
     }
 
-    ReceptionTotals totals() const {
-        return {meter_.figures(), chain_.figures(), readers_.tooLong(), output_->refused(),
-                intake_.leftOut()};
+    ReceptionTotals totals() {
+        return {meter_.figures(),   chain_.figures(),  readers_.tooLong(),
+                output_->refused(), intake_.leftOut(), readers_.overrun()};
     }
 
     void tell() {
-        report_.interval(totals(), meter_.takeLatency());
-        tellOfRestarts();
+        const ReceptionTotals now = totals();
+        const std::chrono::nanoseconds latency = meter_.takeLatency();
+        report_.interval(now, latency);
+        log_.note(now, std::chrono::steady_clock::now());
+        if (metrics_) metrics_->publish(now, latency);
     }
 
 private:
@@ -93,17 +103,10 @@ private:
         output_->write(packet);
     }
 
-    /// Once an interval at most.
-    void tellOfRestarts() {
-        const std::uint64_t restarts = meter_.figures().restarts;
-        if (restarts == restartsTold_) return;
-        log_.Log(1, "the source has restarted (%llu times so far)",
-                 static_cast<unsigned long long>(restarts));
-        restartsTold_ = restarts;
-    }
-
     const ReceiveOptions& options_;
-    mvn::log::ILogPerf& log_;
+    /// Between two looks at the clock; short where a missing packet is waited for by the clock.
+    const std::chrono::milliseconds turn_ = options_.guard.settings.patience ? 5ms : 50ms;
+    ReceptionLog log_;
     std::unique_ptr<MediaOutput> output_;
     ReceptionMeter meter_;
     Moment moment_;  ///< live packets go out when they are free
@@ -111,8 +114,8 @@ private:
     RepairChain chain_;
     StreamReaders readers_;
     ReceptionReport report_;
-    std::uint64_t restartsTold_ = 0;
     FecIntake intake_;
+    std::unique_ptr<ReceptionMetrics> metrics_;
 };
 
 /// Whether every packet came out.
@@ -137,7 +140,16 @@ void addReceiveCommand(CLI::App& app) {
     command->add_option("OUTPUT", options->output, "A .ts file, -, udp://ADDR:PORT, rtp://ADDR:PORT or null")
         ->required();
     addReceivingOptions(*command, options->receiving);
-    addGuardOption(*command, options->guard);
+    addGuardOptions(*command, options->guard);
+    command
+        ->add_option_function<double>(
+            "--guard-hold",
+            [options](double ms) {
+                options->guard.settings.patience = std::chrono::microseconds(std::llround(ms * 1000));
+            },
+            "Milliseconds that the guard waits for a missing packet at most [until the window has passed]")
+        ->check(CLI::Range(1.0, 60'000.0))
+        ->type_name("MS");
     addFecIntakeOption(*command, options->fecFormat);
     command->add_option("--stats", options->interval, "Seconds between two lines of figures")
         ->check(CLI::Range(0.1, 3600.0))
@@ -146,6 +158,10 @@ void addReceiveCommand(CLI::App& app) {
     addPath(*command, "--json", options->json,
             "Write a line of JSON each time to FILE, or - for standard output")
         ->type_name("FILE|-");
+    command
+        ->add_option("--metrics", options->metrics,
+                     "Serve the figures to Prometheus, at http://ADDR:PORT/metrics")
+        ->type_name("ADDR:PORT");
     addModuleOption(*command, options->module);
     addLogOptions(*command, options->log);
     command->footer(

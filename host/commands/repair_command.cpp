@@ -27,7 +27,7 @@ struct RepairOptions {
     std::filesystem::path json;
     std::filesystem::path module;
     std::uint16_t port = defaultMediaPort;
-    bool guard = false;
+    GuardOptions guard{.isOn = false, .settings = {}};
     std::optional<FecFormat> fecFormat = FecFormat::native;  ///< nothing: by what comes
     LogOptions log;
 };
@@ -36,7 +36,7 @@ struct RepairOptions {
 RepairFigures repairStream(PacketSource& source, RepairedOutput& output, const RepairOptions& options,
                            mvn::log::ILogPerf& log) {
     FilterGraph graph(options.module);
-    RepairChain chain(graph, options.guard, log,
+    RepairChain chain(graph, options.guard.chosen(), log,
                       [&](ConstRtpPacketView packet, const Moment& moment) { output.write(packet, moment); });
     graph.run();
 
@@ -83,7 +83,7 @@ void addRepairCommand(CLI::App& app) {
     addPath(*command, "IN", options->in, "Capture of media and FEC: .pcap or .pcapng")->required();
     addPath(*command, "OUT", options->out, "Repaired media to write: .ts, .pcap or .pcapng")->required();
     addPortOption(*command, options->port);
-    addGuardOption(*command, options->guard);
+    addGuardOptions(*command, options->guard);
     addFecIntakeOption(*command, options->fecFormat);
     addJsonOption(*command, options->json);
     addModuleOption(*command, options->module);

@@ -1,4 +1,5 @@
 #include <memory>
+#include <random>
 #include <string>
 
 #include <fmt/format.h>
@@ -108,6 +109,13 @@ private:
         0;  ///< FEC packets of media of several lengths, which standard ones can't protect
 };
 
+/// A sender that begins anew is told from the one before (RFC 3550, sections 5.1 and 8.1).
+void beginAnywhere(MediaInputOptions& media) {
+    std::random_device random;
+    media.ssrc = random();
+    media.firstNumber = static_cast<std::uint16_t>(random());
+}
+
 std::string protectionText(const MatrixConfig& matrix) {
     const MatrixCost cost = costOf(matrix);
     return fmt::format("{} x {}: {:.1f} % overhead, bursts of {} packets rebuilt, {} packets of delay",
@@ -147,6 +155,7 @@ void addSendCommand(CLI::App& app) {
         "  mvrtpfec send rtp://0.0.0.0:6000 --to 192.0.2.7:5004 --mode column --columns 5 --rows 10");
     command->callback([options] {
         options->media.interfaceName = options->sending.interfaceName;
+        beginAnywhere(options->media);
         runLogged(options->log, "sending of " + options->input, [&](auto& log) { runSend(*options, log); });
     });
 }

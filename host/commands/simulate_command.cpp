@@ -33,7 +33,7 @@ struct SimulateOptions {
     ChannelConfig channel;
     std::filesystem::path module;
     std::uint16_t port = defaultMediaPort;
-    bool guard = true;
+    GuardOptions guard;
     LogOptions log;
 };
 
@@ -54,10 +54,11 @@ SimulateFigures simulateStream(PacketSource& source, RepairedOutput* output, con
     SentHistory history;
     Moment moment;
     FilterGraph graph(options.module);
-    RepairChain receiver(graph, options.guard, log, [&](ConstRtpPacketView packet, const Moment& freed) {
-        history.check(packet);
-        if (output != nullptr) output->write(packet, freed);
-    });
+    RepairChain receiver(graph, options.guard.chosen(), log,
+                         [&](ConstRtpPacketView packet, const Moment& freed) {
+                             history.check(packet);
+                             if (output != nullptr) output->write(packet, freed);
+                         });
     LossySenderBranch sender(graph, options.matrix, options.channel,
                              [&](StreamPort port, ConstRtpPacketView packet) {
                                  receiver.push(port, {packet.data, packet.length}, moment);
@@ -112,7 +113,7 @@ void report(const SimulateOptions& options, const SimulateFigures& figures) {
     table.emplace_back("mismatched", std::to_string(figures.mismatched));
     const std::string title =
         fmt::format("{} x {}, {:g} % loss, seed {}, guard {}", options.matrix.columns, options.matrix.rows,
-                    options.channel.loss * 100, options.channel.seed, options.guard ? "on" : "off");
+                    options.channel.loss * 100, options.channel.seed, options.guard.isOn ? "on" : "off");
     publish(title, table, verdict(figures), json, options.json);
 }
 
@@ -141,7 +142,7 @@ void addSimulateCommand(CLI::App& app) {
     addMatrixOptions(*command, options->matrix);
     addChannelOptions(*command, options->channel);
     addPortOption(*command, options->port);
-    addGuardOption(*command, options->guard);
+    addGuardOptions(*command, options->guard);
     addPath(*command, "--output", options->output, "Write the repaired stream: .ts, .pcap or .pcapng")
         ->type_name("FILE");
     addJsonOption(*command, options->json);

@@ -18,8 +18,9 @@ std::uint32_t timestampOf(const Datagram& datagram) {
 
 }  // namespace
 
-FileMediaInput::FileMediaInput(const std::filesystem::path& path, const MediaInputOptions& options)
-    : path_(path), options_(options), source_(open()) {}
+FileMediaInput::FileMediaInput(const std::filesystem::path& path, const MediaInputOptions& options,
+                               Clock& clock)
+    : path_(path), options_(options), clock_(clock), source_(open()) {}
 
 std::unique_ptr<TsSource> FileMediaInput::open() const {
     if (path_ == "-")
@@ -30,7 +31,7 @@ std::unique_ptr<TsSource> FileMediaInput::open() const {
 MediaInput::Got FileMediaInput::read(DuePacket& next) {
     if (!readDatagram()) return Got::end;
     number();
-    if (!start_) start_ = std::chrono::steady_clock::now();
+    if (!start_) start_ = clock_.now();
     next.due = *start_ + std::chrono::duration_cast<std::chrono::steady_clock::duration>(sinceStart());
     next.packet = std::make_unique<RtpPacket>(datagram_.payload.data(), datagram_.payload.size());
     ++sent_;
@@ -73,8 +74,9 @@ void FileMediaInput::number() {
     timestamp_ = timestamp;
     step_ = datagram_.time - latest_;
     latest_ = datagram_.time;
-    writeBigEndian16(&datagram_.payload[2], static_cast<std::uint16_t>(sent_));
+    writeBigEndian16(&datagram_.payload[2], static_cast<std::uint16_t>(options_.firstNumber + sent_));
     writeBigEndian32(&datagram_.payload[4], timestamp);
+    writeBigEndian32(&datagram_.payload[8], options_.ssrc);
 }
 
 }  // namespace mvrtpfec

@@ -16,7 +16,8 @@ namespace mvrtpfec {
 class FileMediaInput final : public MediaInput {
 public:
     /// Throws FileError.
-    FileMediaInput(const std::filesystem::path& path, const MediaInputOptions& options);
+    FileMediaInput(const std::filesystem::path& path, const MediaInputOptions& options,
+                   Clock& clock = systemClock());
 
     Got read(DuePacket& next) override;
     bool wouldWait() const override { return false; }
@@ -30,6 +31,7 @@ private:
 
     std::filesystem::path path_;
     MediaInputOptions options_;
+    Clock& clock_;
     std::unique_ptr<TsSource> source_;
     Datagram datagram_;
     std::optional<SteadyTime> start_;

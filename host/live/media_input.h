@@ -1,16 +1,15 @@
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "core/rtp_packet.h"
+#include "host/io/own_ssrc.h"
+#include "host/live/clock.h"
 
 namespace mvrtpfec {
-
-using SteadyTime = std::chrono::steady_clock::time_point;
 
 /// A media packet and when it is to leave: at once where nothing is said.
 struct DuePacket {
@@ -23,6 +22,9 @@ struct MediaInputOptions {
     bool loop = false;                     ///< files: begin anew at the end
     std::string interfaceName;             ///< of groups that are joined
     std::optional<std::string> source;     ///< address of a source-specific group
+    // Of streams that bring no RTP headers.
+    std::uint32_t ssrc = ownSsrc;
+    std::uint16_t firstNumber = 0;
 };
 
 /// Where the media to send come from. One thread.

@@ -1,7 +1,6 @@
 #include "host/live/pacer.h"
 
 #include <algorithm>
-#include <thread>
 
 #include "platform/signals.h"
 
@@ -18,11 +17,11 @@ constexpr auto patience = 100ms;
 }  // namespace
 
 bool Pacer::waitUntil(SteadyTime due) {
-    auto now = std::chrono::steady_clock::now();
+    SteadyTime now = clock_.now();
     if (now - shifted(due) > mostBehind) shift_ = now - due;
-    for (; now < shifted(due); now = std::chrono::steady_clock::now()) {
+    for (; now < shifted(due); now = clock_.now()) {
         if (platform::wasInterrupted()) return false;
-        std::this_thread::sleep_until(std::min<SteadyTime>(shifted(due), now + patience));
+        clock_.sleepUntil(std::min<SteadyTime>(shifted(due), now + patience));
     }
     return true;
 }

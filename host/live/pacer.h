@@ -1,9 +1,8 @@
 #pragma once
 
 #include <chrono>
-#include <functional>
 
-#include "host/live/media_input.h"
+#include "host/live/clock.h"
 
 namespace mvrtpfec {
 
@@ -11,14 +10,17 @@ namespace mvrtpfec {
 /// of the whole machine or of the input, they start anew from now instead of being caught up in one burst.
 class Pacer {
 public:
+    explicit Pacer(Clock& clock = systemClock()) : clock_(clock) {}
+
     /// False when the program is to end before that time.
     bool waitUntil(SteadyTime due);
     /// Whether waitUntil() would wait.
-    bool isAhead(SteadyTime due) const { return shifted(due) > std::chrono::steady_clock::now(); }
+    bool isAhead(SteadyTime due) const { return shifted(due) > clock_.now(); }
 
 private:
     SteadyTime shifted(SteadyTime due) const { return due + shift_; }
 
+    Clock& clock_;
     std::chrono::steady_clock::duration shift_{0};
 };
 

@@ -5,7 +5,6 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include "host/commands/report.h"
 #include "host/io/file_error.h"
 #include "platform/files.h"
 #include "platform/terminal.h"
@@ -60,29 +59,19 @@ void ReceptionReport::interval(const ReceptionTotals& totals, std::chrono::nanos
 }
 
 void ReceptionReport::writeJson(const ReceptionTotals& totals, double seconds, double latency) {
-    const ReceptionFigures& now = totals.reception;
-    const ReceptionFigures& before = last_.reception;
-    nlohmann::ordered_json line;
-    line["interval_seconds"] = seconds;
-    line["interval"] = {{"media_packets", now.media - before.media},
-                        {"media_bytes", now.mediaBytes - before.mediaBytes},
-                        {"fec_packets", now.fec - before.fec},
-                        {"lost_packets", totals.repair.receiver.lost - last_.repair.receiver.lost},
-                        {"rebuilt_packets", totals.repair.receiver.rebuilt - last_.repair.receiver.rebuilt},
-                        {"latency_ms", latency}};
-    line["total"] = toJson(totals.repair);
-    line["total"].update({{"media_packets", now.media},
-                          {"media_bytes", now.mediaBytes},
-                          {"fec_packets", now.fec},
-                          {"fec_missing_packets", now.fecMissing},
-                          {"foreign_packets", now.foreign + totals.tooLong},
-                          {"longest_burst_packets", now.longestGap},
-                          {"source_restarts", now.restarts},
-                          {"fec_not_turned_packets", totals.notTurned},
-                          {"refused_datagrams", totals.refused}});
-    line["columns"] = now.columns;
-    line["rows"] = now.rows;
-    line["jitter_ms"] = milliseconds(now.jitter);
+    nlohmann::ordered_json line{{"interval_seconds", seconds}};
+    const auto counters = countersOf(totals);
+    const auto before = countersOf(last_);
+    for (std::size_t i = 0; i < counters.size(); ++i) {
+        const std::string name(counters[i].name);
+        line["interval"][name] = counters[i].value - before[i].value;
+        line["total"][name] = counters[i].value;
+    }
+    line["interval"]["longest_latency_ms"] = latency;
+    line["longest_burst_packets"] = totals.reception.longestGap;
+    line["columns"] = totals.reception.columns;
+    line["rows"] = totals.reception.rows;
+    line["jitter_ms"] = milliseconds(totals.reception.jitter);
     fmt::print(json_.get(), "{}\n", line.dump());
     std::fflush(json_.get());
 }

@@ -5,19 +5,9 @@
 #include <filesystem>
 #include <memory>
 
-#include "host/live/reception_meter.h"
-#include "host/stages/repair_chain.h"
+#include "host/live/reception_figures.h"
 
 namespace mvrtpfec {
-
-/// Everything that a receiver counts, since its start.
-struct ReceptionTotals {
-    ReceptionFigures reception;
-    RepairFigures repair;
-    std::uint64_t tooLong = 0;    ///< datagrams
-    std::uint64_t refused = 0;    ///< datagrams of the output that the system did not send
-    std::uint64_t notTurned = 0;  ///< standard FEC packets that could not be turned into ours
-};
 
 /// Tells how reception goes: a line on standard error, rewritten in place on a terminal, and JSON lines.
 class ReceptionReport {

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "host/live/stream_writers.h"
+#include "platform/datagrams.h"
 
 namespace mvrtpfec {
 
@@ -17,6 +18,13 @@ StreamReaders::StreamReaders(const asio::ip::udp::endpoint& media, const Receivi
 
 void StreamReaders::runFor(std::chrono::milliseconds time) {
     context_.run_for(time);
+}
+
+std::uint64_t StreamReaders::overrun() {
+    std::uint64_t sum = 0;
+    for (auto& socket : sockets_)
+        sum += platform::droppedDatagrams(static_cast<platform::SocketHandle>(socket.native_handle()));
+    return sum;
 }
 
 void StreamReaders::readNext(StreamPort port) {

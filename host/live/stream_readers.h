@@ -29,6 +29,8 @@ public:
 
     /// Datagrams longer than any packet, left out.
     std::uint64_t tooLong() const noexcept { return reader_.tooLong(); }
+    /// Datagrams that the system dropped because they were not read in time, as far as it tells.
+    std::uint64_t overrun();
 
 private:
     void readNext(StreamPort port);

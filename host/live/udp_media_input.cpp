@@ -4,7 +4,6 @@
 #include <chrono>
 #include <cstring>
 
-#include "host/io/own_ssrc.h"
 #include "host/io/ts_packet.h"
 #include "host/net/udp_sockets.h"
 
@@ -44,7 +43,10 @@ bool isTransportStream(ConstRtpPacketView bytes) {
 
 UdpMediaInput::UdpMediaInput(const asio::ip::udp::endpoint& local, Carriage carriage,
                              const MediaInputOptions& options)
-    : carriage_(carriage), socket_(openReceiver(context_, local, receivingOptions(options))) {}
+    : carriage_(carriage),
+      socket_(openReceiver(context_, local, receivingOptions(options))),
+      number_(options.firstNumber),
+      ssrc_(options.ssrc) {}
 
 MediaInput::Got UdpMediaInput::read(DuePacket& next) {
     if (waiting_.empty()) wait();
@@ -84,7 +86,7 @@ std::unique_ptr<RtpPacket> UdpMediaInput::wrapped(ConstRtpPacketView transportPa
     bytes[1] = mediaPayloadType;
     writeBigEndian16(bytes + 2, number_++);
     writeBigEndian32(bytes + 4, timestampNow());
-    writeBigEndian32(bytes + 8, ownSsrc);
+    writeBigEndian32(bytes + 8, ssrc_);
     std::memcpy(bytes + rtpHeaderSize, transportPackets.data, transportPackets.length);
     packet->view.length = static_cast<std::uint16_t>(rtpHeaderSize + transportPackets.length);
     return packet;

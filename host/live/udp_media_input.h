@@ -33,7 +33,8 @@ private:
     asio::ip::udp::socket socket_;
     PacketReader reader_;
     std::deque<std::unique_ptr<RtpPacket>> waiting_;
-    std::uint16_t number_ = 0;
+    std::uint16_t number_;
+    std::uint32_t ssrc_;
     std::uint64_t leftOut_ = 0;
 };
 

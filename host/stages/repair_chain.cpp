@@ -19,14 +19,17 @@ constexpr std::uint32_t maxPadding = 65535;
 
 }  // namespace
 
-RepairChain::RepairChain(FilterGraph& graph, bool guarded, mvn::log::ILogPerf& log, Output output)
+RepairChain::RepairChain(FilterGraph& graph, const std::optional<GuardSettings>& guard,
+                         mvn::log::ILogPerf& log, Output output)
     : output_(std::move(output)),
       receiver_(graph, log,
                 [this](ConstRtpPacketView packet, const Moment& moment) { deliver(packet, moment); }) {
-    if (!guarded) return;
-    guard_ = std::make_unique<PacketGuard>([this](ReceiverInput input, std::unique_ptr<RtpPacket> packet) {
-        receiver_.push(static_cast<std::size_t>(input), std::move(packet), now_);
-    });
+    if (!guard) return;
+    guard_ = std::make_unique<PacketGuard>(
+        [this](ReceiverInput input, std::unique_ptr<RtpPacket> packet) {
+            receiver_.push(static_cast<std::size_t>(input), std::move(packet), now_);
+        },
+        *guard);
 }
 
 void RepairChain::push(StreamPort port, std::span<const std::uint8_t> datagram, const Moment& moment) {
@@ -43,6 +46,10 @@ void RepairChain::push(StreamPort port, std::unique_ptr<RtpPacket> packet, const
     if (packet->view.payloadType() == mediaPayloadType) mediaInput_ = input;
     note(packet->view);
     feed(input, std::move(packet));
+}
+
+void RepairChain::passTime(std::chrono::steady_clock::time_point now) {
+    if (guard_) guard_->passTime(now);
 }
 
 void RepairChain::feed(std::size_t input, std::unique_ptr<RtpPacket> packet) {

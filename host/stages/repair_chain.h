@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -28,16 +29,19 @@ public:
     /// Runs on the receiver's thread, and not any more when finish() has returned.
     using Output = ReceiverBranch::Output;
 
-    /// Adds its filters to `graph`, which is run when all is built. The receiver logs to `log`. Throws
-    /// GraphError.
-    RepairChain(FilterGraph& graph, bool guarded, mvn::log::ILogPerf& log, Output output);
+    /// Adds its filters to `graph`, which is run when all is built; without settings there is no guard. The
+    /// receiver logs to `log`. Throws GraphError, std::invalid_argument.
+    RepairChain(FilterGraph& graph, const std::optional<GuardSettings>& guard, mvn::log::ILogPerf& log,
+                Output output);
 
     /// What the output throws comes out of a later push() or of finish(), as does GraphError.
     void push(StreamPort port, std::span<const std::uint8_t> datagram, const Moment& moment);
     /// The same without a copy.
     void push(StreamPort port, std::unique_ptr<RtpPacket> packet, const Moment& moment);
+    /// As PacketGuard::passTime; what becomes free by it leaves with the latest push's moment.
+    void passTime(std::chrono::steady_clock::time_point now);
     void finish();
-    /// After finish().
+    /// At any time; exact after finish().
     RepairFigures figures() const;
 
 private:
@@ -64,7 +68,7 @@ private:
     // The receiver's thread shares these; the host's looks at them and sets them while the receiver is idle.
     std::optional<std::uint16_t> firstPadding_;
     bool drained_ = false;
-    std::uint64_t delivered_ = 0;
+    std::atomic<std::uint64_t> delivered_{0};  ///< looked at at any time
 
     std::unique_ptr<PacketGuard> guard_;
     // The first to go: its output uses the members above.

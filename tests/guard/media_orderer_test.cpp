@@ -78,6 +78,30 @@ TEST_F(MediaOrdererTest, WaitsForAHoleUntilTheWindowHasPassed) {
     EXPECT_EQ(orderer_.figures().holes, 1u);
 }
 
+TEST_F(MediaOrdererTest, WaitsForAHoleNoLongerThanItsPatience) {
+    using namespace std::chrono_literals;
+    const std::chrono::steady_clock::time_point t{};
+    const auto passTime = [&](std::chrono::milliseconds ms) { orderer_.passTime(t + ms, 10ms); };
+    start({100});
+    passTime(0ms);
+    passTime(50ms);
+    push({103});
+    EXPECT_EQ(out(), " 100");
+    passTime(60ms);
+    passTime(69ms);
+    EXPECT_EQ(out(), "");
+    passTime(70ms);
+    EXPECT_EQ(out(), " ~103");
+    push({101, 105});
+    passTime(71ms);
+    push({104, 107});
+    EXPECT_EQ(out(), " 104 105") << "101 came too late";
+    passTime(81ms);
+    EXPECT_EQ(out(), "") << "it is another hole since";
+    passTime(91ms);
+    EXPECT_EQ(out(), " ~107");
+}
+
 TEST_F(MediaOrdererTest, TakesThePacketThatIsOvertakenByAlmostTheWindow) {
     start({10});
     push({12, 13, 14, 11});

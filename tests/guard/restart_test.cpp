@@ -22,8 +22,8 @@ void PrintTo(const Restarts& r, std::ostream* out) {
 
 constexpr Matrix matrix{10, 10};
 constexpr int window = 2 * 10 * 10;
-/// Media packets after which media flows again: the matrix must be heard, the decoder filled.
-constexpr int flowsAgainAfter = 128 + window;
+/// Media packets after which media flows again: two matrices, and what the guard waits for behind a loss.
+constexpr int flowsAgainAfter = window + 20 + 2;
 
 Source shortPackets(std::uint16_t firstNumber) {
     Source source{firstNumber};

@@ -62,11 +62,12 @@ Repaired repairInGraph(const Arrivals& arrivals, bool guarded) {
     Repaired result;
     mvn::log::DummyLogPerf log;
     FilterGraph graph;
-    RepairChain chain(graph, guarded, log, [&](ConstRtpPacketView packet, const Moment& moment) {
-        const auto arrival = static_cast<std::size_t>(moment.time.count()) - 1;
-        EXPECT_EQ(frameFrom(moment), frameFrom(momentOf(arrival)));
-        result.packets.push_back({arrival, {packet.data, packet.data + packet.length}});
-    });
+    RepairChain chain(graph, guarded ? std::optional(GuardSettings{}) : std::nullopt, log,
+                      [&](ConstRtpPacketView packet, const Moment& moment) {
+                          const auto arrival = static_cast<std::size_t>(moment.time.count()) - 1;
+                          EXPECT_EQ(frameFrom(moment), frameFrom(momentOf(arrival)));
+                          result.packets.push_back({arrival, {packet.data, packet.data + packet.length}});
+                      });
     graph.run();
     for (std::size_t i = 0; i < arrivals.size(); ++i)
         chain.push(arrivals[i].port, arrivals[i].bytes, momentOf(i));

@@ -69,8 +69,39 @@ TEST_F(LiveChainTest, AStreamComesThroughALossyRelayWhole) {
     const Bytes lines = load("figures.jsonl");
     const std::string text(lines.begin(), lines.end());
     const auto last = nlohmann::json::parse(text.substr(text.rfind('\n', text.size() - 2) + 1));
-    EXPECT_GT(last["total"]["rebuilt"], 0);
-    EXPECT_EQ(last["total"]["delivered"], 1140);
+    EXPECT_GT(last["total"]["rebuilt_packets"], 0);
+    EXPECT_EQ(last["total"]["delivered_packets"], 1140);
+}
+
+TEST_F(LiveChainTest, AnotherSenderWithAnotherMatrixIsFollowedAndToldOnce) {
+    const std::uint16_t port = UdpListeners(6).firstPort();
+    Beside receiver([&] {
+        return runProcess("timeout",
+                          fmt::format("--foreground --preserve-status -s INT 9 {} receive --from 127.0.0.1:{} out.ts --log "
+                                      "receive.log --guard-hold 50 --metrics 127.0.0.1:{}",
+                                      program().string(), port, port + 1),
+                          pathOf(""));
+    });
+    const auto send = [&](const std::string& options) {
+        EXPECT_EQ(run(fmt::format("send in.ts --to 127.0.0.1:{} --mode both {}", port, options)).status, 0);
+    };
+    send("--columns 5 --rows 5 --bitrate 8M");
+    // Silence, which the log tells too.
+    std::this_thread::sleep_for(3500ms);
+    send("--columns 10 --rows 4 --bitrate 10M");
+    const Outcome received = receiver.finish();
+    EXPECT_EQ(received.status, 0) << received.text;
+    Bytes twice = sample();
+    twice.insert(twice.end(), twice.begin(), twice.begin() + static_cast<std::ptrdiff_t>(sample().size()));
+    EXPECT_TRUE(load("out.ts") == twice) << received.text;
+    const Bytes log = load("receive.log");
+    const std::string text(log.begin(), log.end());
+    for (const char* once : {"the source began anew: 1, 1 in all", "the matrix is 10 x 4, it was 5 x 5",
+                             "no media come any more", "media come again after"}) {
+        const auto at = text.find(once);
+        EXPECT_NE(at, std::string::npos) << once << text;
+        EXPECT_EQ(text.find(once, at + 1), std::string::npos) << once << text;
+    }
 }
 
 }  // namespace

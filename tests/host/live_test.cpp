@@ -1,5 +1,8 @@
 #include <algorithm>
+#include <array>
 #include <chrono>
+#include <cstdarg>
+#include <cstdio>
 #include <initializer_list>
 #include <string>
 #include <thread>
@@ -11,6 +14,8 @@
 
 #include "host/live/delay_line.h"
 #include "host/live/file_media_input.h"
+#include "host/live/pacer.h"
+#include "host/live/reception_log.h"
 #include "host/live/reception_meter.h"
 #include "host/stages/repair_chain.h"
 #include "tests/host/io_test_frames.h"
@@ -60,6 +65,116 @@ TEST(ReceptionMeterTest, CountsGapsRestartsAndForeignPackets) {
     meter->deliver(media(19'999, 0)->view, now + 90ms);  // rebuilt, it never arrived
     EXPECT_EQ(meter->takeLatency(), 40ms);
     EXPECT_EQ(meter->takeLatency(), 0ms);
+}
+
+/// Keeps the lines.
+class Lines final : public mvn::log::ILogger {
+public:
+    [[gnu::format(printf, 3, 4)]] void Log(std::uint32_t level, const char* format, ...) override {
+        std::array<char, 256> text{};
+        va_list arguments;
+        va_start(arguments, format);
+        std::vsnprintf(text.data(), text.size(), format, arguments);
+        va_end(arguments);
+        lines_.push_back(fmt::format("{} {}", level, text.data()));
+    }
+    std::vector<std::string> take() { return std::exchange(lines_, {}); }
+
+private:
+    std::vector<std::string> lines_;
+};
+
+TEST(ReceptionLogTest, TellsOnceAndNotTooOften) {
+    using Expected = std::vector<std::string>;
+    Lines lines;
+    ReceptionLog log(lines);
+    ReceptionTotals totals;
+    SteadyTime now{};
+    const auto note = [&](std::chrono::seconds passed) {
+        now += passed;
+        log.note(totals, now);
+        return lines.take();
+    };
+    EXPECT_EQ(note(100s), Expected()) << "nothing has come yet";
+    ++totals.reception.media;
+    totals.reception.columns = totals.reception.rows = 5;
+    EXPECT_EQ(note(1s), Expected{"2 the matrix is 5 x 5"});
+    totals.reception.restarts = 1;
+    ++totals.reception.media;
+    EXPECT_EQ(note(1s), Expected{"1 the source began anew: 1, 1 in all"});
+    totals.reception.restarts = 300;
+    totals.reception.columns = 10;
+    ++totals.reception.media;
+    EXPECT_EQ(note(1s), Expected{"2 the matrix is 10 x 5, it was 5 x 5"});
+    for (int i = 0; i < 8; ++i) {
+        ++totals.reception.media;
+        EXPECT_EQ(note(1s), Expected());
+    }
+    EXPECT_EQ(note(1s), Expected{"1 the source began anew: 299, 300 in all"});
+    EXPECT_EQ(note(1s), Expected{"1 no media come any more"});
+    EXPECT_EQ(note(30s), Expected());
+    ++totals.reception.media;
+    totals.repair.guard.emplace();
+    totals.repair.guard->repeated = 99;
+    EXPECT_EQ(note(1s), Expected{"1 media come again after 33 s"});
+    totals.repair.guard->repeated = 100;
+    totals.repair.receiver.abandoned = 2;
+    ++totals.reception.media;
+    EXPECT_EQ(note(1s), (Expected{"1 media packets were lost for good: 2, 2 in all",
+                                  "1 packets came twice: 100, 100 in all"}));
+}
+
+/// Time passes when it is slept, and a little more each time; now and then the machine stops.
+class SimulatedClock final : public Clock {
+public:
+    SteadyTime now() override { return now_; }
+    void sleepUntil(SteadyTime time) override {
+        now_ = std::max(now_, time) + std::chrono::microseconds(++sleeps_ % 200);
+        if (sleeps_ % 500'000 == 0) now_ += 700ms;
+    }
+
+private:
+    SteadyTime now_{24h};
+    std::int64_t sleeps_ = 0;
+};
+
+TEST_F(LiveTest, AnHourIsPacedEvenly) {
+    constexpr std::uint64_t rate = 5'000'000;
+    for (const auto& bitRate : {std::optional<std::uint64_t>(), std::optional(rate)}) {
+        SimulatedClock clock;
+        FileMediaInput input(pathOf("in.ts"),
+                             {.bitRate = bitRate, .loop = true, .interfaceName = "", .source = {}}, clock);
+        Pacer pacer(clock);
+        const SteadyTime start = clock.now();
+        DuePacket next;
+        std::uint64_t packets = 0;
+        std::uint64_t bits = 0;
+        std::uint64_t late = 0;
+        std::int32_t ticks = 0;
+        std::uint32_t timestamp = 0;
+        SteadyTime due;
+        do {
+            ASSERT_EQ(input.read(next), MediaInput::Got::packet);
+            ASSERT_TRUE(pacer.waitUntil(*next.due));
+            ASSERT_GE(clock.now(), *next.due);
+            if (clock.now() - *next.due > 1ms) ++late;
+            if (packets > 0) {
+                ticks = static_cast<std::int32_t>(next.packet->view.timestamp() - timestamp);
+                const std::chrono::duration<double, std::milli> step = *next.due - due;
+                ASSERT_NEAR(ticks / 90.0, step.count(), 0.1);
+            }
+            timestamp = next.packet->view.timestamp();
+            due = *next.due;
+            ++packets;
+            bits += 8 * (next.packet->view.length - rtpHeaderSize);
+        } while (clock.now() - start < 1h);
+        // One packet in a hundred thousand waits out a stop of the machine.
+        EXPECT_LT(late, packets / 1000);
+        EXPECT_LT(clock.now() - due, 2ms);
+        if (bitRate) {
+            EXPECT_NEAR(static_cast<double>(bits) / 3600, rate, rate * 1e-5);
+        }
+    }
 }
 
 TEST(DelayLineTest, HoldsPacketsAsLongAsItShould) {
