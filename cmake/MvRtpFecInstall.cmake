@@ -46,6 +46,7 @@ if(WIN32)
   install(FILES docs/INSTALL-windows.txt DESTINATION . RENAME INSTALL.txt)
   install(FILES docs/windows.md DESTINATION .)
 else()
-  install(FILES README.md docs/architecture.md docs/guard.md docs/packetize.md docs/windows.md
+  install(FILES README.md docs/architecture.md docs/guard.md docs/interop.md docs/live.md docs/logging.md
+                docs/packetize.md docs/windows.md
           DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/mvrtpfec)
 endif()

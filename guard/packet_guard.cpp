@@ -12,7 +12,7 @@ constexpr std::uint16_t lastNumber = 65535;
 constexpr std::size_t maxEarly = 64;
 
 std::size_t checked(std::size_t packets, const char* message) {
-    if (packets < 1 || packets > PacketGuard::largestWindow) throw std::invalid_argument(message);
+    if (packets < 1 || packets > ReceiverGuard::largestWindow) throw std::invalid_argument(message);
     return packets;
 }
 

@@ -11,32 +11,9 @@
 #include "guard/control_packets.h"
 #include "guard/fec_gate.h"
 #include "guard/media_orderer.h"
+#include "mvrtpfec/receiver_guard.h"
 
 namespace mvrtpfec {
-
-/// The receiver's inputs; the decoder tells packets apart by themselves, but each input must carry one
-/// stream.
-enum class ReceiverInput : std::uint8_t { media = 0, columnFec = 1, rowFec = 2 };
-
-struct GuardSettings {
-    std::size_t window = 20;  ///< packets by which one may be overtaken and still be put in its place
-    /// How long a missing packet is waited for at most; left out: until the window has passed it.
-    std::optional<std::chrono::nanoseconds> patience;
-    /// Packets held back at most at the start of a run, until a column FEC packet has told the decoder
-    /// how long to keep them. More than one of our largest matrices.
-    std::size_t startHold = 128;
-};
-
-/// Counters since construction, in packets; `holesSkipped` counts runs of missing numbers.
-struct GuardFigures {
-    std::uint64_t late = 0;
-    std::uint64_t repeated = 0;
-    std::uint64_t holesSkipped = 0;
-    std::uint64_t fecKeptBack = 0;
-    std::uint64_t foreign = 0;  ///< no valid media or FEC packet, or a stray one of another source
-    std::uint64_t restarts = 0;
-    std::uint64_t refed = 0;  ///< media packets given to the receiver twice, at a wrap
-};
 
 /// Stands in front of a receiver's three inputs and gives it a stream it repairs well.
 ///
@@ -54,9 +31,7 @@ class PacketGuard {
 public:
     using Output = std::function<void(ReceiverInput, std::unique_ptr<RtpPacket>)>;
 
-    static constexpr std::size_t largestWindow = 1000;
-
-    /// Throws std::invalid_argument for a window or a start hold outside 1 to largestWindow.
+    /// Throws std::invalid_argument for settings out of range.
     explicit PacketGuard(Output output, const GuardSettings& settings = {});
 
     PacketGuard(const PacketGuard&) = delete;

@@ -13,7 +13,7 @@ awk '
         allowed["include"] = "mvrtpfec"
         allowed["support"] = "support mvrtpfec platform"
         allowed["core"] = "core support platform"
-        allowed["guard"] = "guard core support platform"
+        allowed["guard"] = "guard core support mvrtpfec platform"
         allowed["framework"] = "framework support mvrtpfec platform"
         allowed["rtp_media"] = "rtp_media framework core support mvrtpfec platform"
         allowed["selftest"] = "selftest " allowed["rtp_media"]

@@ -3,7 +3,7 @@
 //
 //     source "Out 1" -> "Input" sender "FECA" -> "In 1" FEC sink
 //                                      "FECB" -> "In 2"
-//     source "Out 2" -> "Input #1"
+//     source "Out 2" -> "Input #1"             what is received comes through a packet guard
 //     source "Out 3" -> "Input #2" receiver "Output" -> "In 1" media sink
 //     source "Out 4" -> "Input #3"
 //
@@ -17,6 +17,7 @@
 #include <stdexcept>
 #include <string>
 
+#include <mvrtpfec/receiver_guard.h>
 #include <mvrtpfec/rtp_fec_filter.h>
 #include <mvrtpfec/rtp_fec_in.h>
 #include <platform/component_runtime.h>
@@ -67,9 +68,14 @@ void run(const char* modulePath) {
     const auto receiver = createFilter(module, CLSID_RtpFecIn);
     HRESULT result = S_OK;
     const CComPtr<PacketSource> source(new PacketSource(4, &result));
-    // FEC leaves the sender on two pins and enters the receiver on the two behind the media's.
-    const CComPtr<PacketSink> fec(new PacketSink(
-        2, [&](std::size_t pin, Packet bytes) { return source->push(2 + pin, bytes); }, &result));
+    // In front of the receiver's inputs; a host may also push into them itself.
+    HRESULT taken = S_OK;
+    mvrtpfec::ReceiverGuard guard([&](mvrtpfec::ReceiverInput input, Packet bytes) {
+        const HRESULT pushed = source->push(1 + static_cast<std::size_t>(input), bytes);
+        if (FAILED(pushed)) taken = pushed;
+    });
+    const auto receive = [&](std::size_t, Packet bytes) { return guard.push(bytes), taken; };
+    const CComPtr<PacketSink> fec(new PacketSink(2, receive, &result));
     std::atomic<unsigned> delivered{0};
     const auto count = [&](std::size_t, Packet) { return ++delivered, S_OK; };
     const CComPtr<PacketSink> media(new PacketSink(1, count, &result));
@@ -96,8 +102,11 @@ void run(const char* modulePath) {
     require(control->Run(), "running");
     for (std::uint16_t number = 0; number < 1000; ++number) {
         require(source->push(0, packet(number)), "protecting a packet");
-        if (number % 50 != 49) require(source->push(1, packet(number)), "sending a packet");
+        if (number % 50 != 49) guard.push(packet(number));
     }
+
+    guard.flush();
+    require(taken, "receiving a packet");
 
     std::uint64_t lost = 0, rebuilt = 0, abandoned = 0, received = 0;
     const auto statistics = queryFor<IRtpFecInConfig>(receiver, IID_IRtpFecInConfig);

@@ -52,7 +52,7 @@ void addGuardOptions(CLI::App& command, GuardOptions& guard) {
     command
         .add_option("--guard-window", guard.settings.window,
                     "Packets by which one may be overtaken and be put in its place by the guard")
-        ->check(CLI::Range(std::size_t{1}, PacketGuard::largestWindow))
+        ->check(CLI::Range(std::size_t{1}, ReceiverGuard::largestWindow))
         ->capture_default_str()
         ->type_name("N");
 }

@@ -7,11 +7,11 @@
 
 #include <CLI/CLI.hpp>
 
-#include "guard/packet_guard.h"
 #include "host/graph/matrix_config.h"
 #include "host/interop/fec_format.h"
 #include "host/io/file_format.h"
 #include "host/io/packet_source.h"
+#include "mvrtpfec/receiver_guard.h"
 
 // Options that several commands share, each with its text in one place.
 

@@ -76,11 +76,12 @@ TEST_F(LiveChainTest, AStreamComesThroughALossyRelayWhole) {
 TEST_F(LiveChainTest, AnotherSenderWithAnotherMatrixIsFollowedAndToldOnce) {
     const std::uint16_t port = UdpListeners(6).firstPort();
     Beside receiver([&] {
-        return runProcess("timeout",
-                          fmt::format("--foreground --preserve-status -s INT 9 {} receive --from 127.0.0.1:{} out.ts --log "
-                                      "receive.log --guard-hold 50 --metrics 127.0.0.1:{}",
-                                      program().string(), port, port + 1),
-                          pathOf(""));
+        return runProcess(
+            "timeout",
+            fmt::format("--foreground --preserve-status -s INT 9 {} receive --from 127.0.0.1:{} out.ts --log "
+                        "receive.log --guard-hold 50 --metrics 127.0.0.1:{}",
+                        program().string(), port, port + 1),
+            pathOf(""));
     });
     const auto send = [&](const std::string& options) {
         EXPECT_EQ(run(fmt::format("send in.ts --to 127.0.0.1:{} --mode both {}", port, options)).status, 0);

@@ -68,8 +68,9 @@ TEST_F(TextServerTest, AnswersWhatItShould) {
 
 TEST_F(TextServerTest, OneConnectionMayAskAgainAndMayAskAheadOfTheAnswer) {
     Client client(server_.port());
-    client.send("GET /metrics HTTP/1.1\r\nHost: x\r\n\r\n"
-                "GET /metrics HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n");
+    client.send(
+        "GET /metrics HTTP/1.1\r\nHost: x\r\n\r\n"
+        "GET /metrics HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n");
     const std::string answers = client.receiveAll();
     EXPECT_NE(answers.find("page 1\nHTTP/1.1 200 "), std::string::npos) << answers;
     EXPECT_TRUE(answers.ends_with("page 2\n")) << answers;
