@@ -1,5 +1,7 @@
 #include "host/commands/options.h"
 
+#include <algorithm>
+#include <array>
 #include <exception>
 #include <string>
 #include <utility>
@@ -7,6 +9,7 @@
 #include "host/commands/choice_option.h"
 #include "host/commands/commands.h"
 #include "host/io/file_error.h"
+#include "host/plan/matrix_presets.h"
 #include "platform/utf8_path.h"
 
 namespace mvrtpfec {
@@ -15,6 +18,15 @@ namespace {
 
 /// FECB needs the port four above.
 constexpr int maxMediaPort = 65531;
+
+std::string presetNames() {
+    std::string names;
+    for (const MatrixPreset& preset : matrixPresets) {
+        if (!names.empty()) names += ", ";
+        names += preset.name;
+    }
+    return names;
+}
 
 }  // namespace
 
@@ -25,16 +37,26 @@ CLI::Option* addPath(CLI::App& command, const std::string& name, std::filesystem
 }
 
 void addMatrixOptions(CLI::App& command, MatrixConfig& matrix) {
-    addChoice(command, "--mode", matrix.mode, {{"row", fecRow}, {"column", fecColumn}, {"both", fecBoth}},
-              "FEC packets to make: row, column or both")
-        ->required()
-        ->type_name("MODE");
-    command.add_option("--columns", matrix.columns, "L, columns of the matrix: 1 to 20, with both 4 to 20")
-        ->required()
-        ->type_name("L");
-    command.add_option("--rows", matrix.rows, "D, rows of the matrix: 4 to 20; L x D at most 100")
-        ->required()
-        ->type_name("D");
+    const std::array sides{
+        addChoice(command, "--mode", matrix.mode, {{"row", fecRow}, {"column", fecColumn}, {"both", fecBoth}},
+                  "FEC packets to make: row, column or both")
+            ->type_name("MODE"),
+        command
+            .add_option("--columns", matrix.columns, "L, columns of the matrix: 1 to 20, with both 4 to 20")
+            ->type_name("L"),
+        command.add_option("--rows", matrix.rows, "D, rows of the matrix: 4 to 20; L x D at most 100")
+            ->type_name("D")};
+    const auto take = [&matrix, sides](const std::string& name) {
+        const auto preset = std::ranges::find(matrixPresets, name, &MatrixPreset::name);
+        if (preset == matrixPresets.end())
+            throw CLI::ValidationError("--preset", "there is no choice '" + name + "'");
+        matrix = preset->matrix;
+        for (CLI::Option* const side : sides) side->required(false);
+    };
+    CLI::Option* const preset =
+        command.add_option_function<std::string>("--preset", take, "All three by a name: " + presetNames())
+            ->type_name("NAME");
+    for (CLI::Option* const side : sides) side->required()->excludes(preset);
 }
 
 void addPortOption(CLI::App& command, std::uint16_t& port) {

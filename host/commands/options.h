@@ -30,6 +30,7 @@ struct GuardOptions {
 /// A file's name, given by option or, without dashes, by place.
 CLI::Option* addPath(CLI::App& command, const std::string& name, std::filesystem::path& path,
                      const std::string& help);
+/// --mode, --columns and --rows, or --preset for all of them.
 void addMatrixOptions(CLI::App& command, MatrixConfig& matrix);
 void addPortOption(CLI::App& command, std::uint16_t& port);
 /// --guard and --guard-window.

@@ -116,18 +116,20 @@ void beginAnywhere(MediaInputOptions& media) {
     media.firstNumber = static_cast<std::uint16_t>(random());
 }
 
-std::string protectionText(const MatrixConfig& matrix) {
+std::string protectionText(const MatrixConfig& matrix, std::optional<std::uint64_t> bitRate) {
     const MatrixCost cost = costOf(matrix);
-    return fmt::format("{} x {}: {:.1f} % overhead, bursts of {} packets rebuilt, {} packets of delay",
-                       matrix.columns, matrix.rows, cost.overhead * 100, cost.longestBurst,
-                       cost.delayPackets);
+    std::string text = fmt::format(
+        "{} x {}: {:.1f} % added, bursts of {} packets rebuilt, received {} packets late", matrix.columns,
+        matrix.rows, cost.overhead * 100, cost.longestBurst, 2 * cost.delayPackets);
+    if (bitRate) text += fmt::format(" ({:.0f} ms)", 2 * delayOf(cost, *bitRate));
+    return text;
 }
 
 void runSend(const SendOptions& options, mvn::log::ILogger& log) {
     platform::ignoreHangUp();
     checkMatrix(options.matrix);
     Sending sending(options);
-    fmt::print(stderr, "{}\n", protectionText(options.matrix));
+    fmt::print(stderr, "{}\n", protectionText(options.matrix, options.media.bitRate));
     sending.run();
     sending.report(log);
 }

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <string_view>
 #include <tuple>
 
 #include "core/fec_composer.h"
+#include "host/plan/matrix_presets.h"
 
 namespace mvrtpfec {
 
@@ -15,22 +15,12 @@ constexpr std::array<int, 8> sizes{4, 5, 6, 8, 10, 12, 16, 20};
 constexpr int largestMatrix = 100;
 constexpr double bitsOfPacket = 7 * 188 * 8;
 
-struct Preset {
-    std::string_view name;
-    MatrixConfig matrix;
-};
-
-const std::array<Preset, 4> presets{{{"low-delay", {fecBoth, 5, 5}},
-                                     {"balanced", {fecBoth, 10, 10}},
-                                     {"long-bursts", {fecBoth, 20, 5}},
-                                     {"lean", {fecColumn, 10, 10}}}};
-
 bool isSame(const MatrixConfig& one, const MatrixConfig& other) {
     return one.mode == other.mode && one.columns == other.columns && one.rows == other.rows;
 }
 
 std::string presetOf(const MatrixConfig& matrix) {
-    for (const Preset& preset : presets)
+    for (const MatrixPreset& preset : matrixPresets)
         if (isSame(preset.matrix, matrix)) return std::string(preset.name);
     return "";
 }
@@ -51,7 +41,7 @@ std::vector<MatrixConfig> candidates() {
 
 std::optional<double> latencyOf(const MatrixCost& cost, const PlanRequest& request) {
     if (!request.bitRate) return std::nullopt;
-    return cost.delayPackets * bitsOfPacket * 1000 / static_cast<double>(*request.bitRate);
+    return delayOf(cost, *request.bitRate);
 }
 
 bool isWithin(const MatrixCost& cost, const PlanRequest& request) {
@@ -71,13 +61,18 @@ MatrixCost costOf(const MatrixConfig& matrix) {
     return cost;
 }
 
+double delayOf(const MatrixCost& cost, std::uint64_t bitRate) {
+    return cost.delayPackets * bitsOfPacket * 1000 / static_cast<double>(bitRate);
+}
+
 std::vector<PlanEntry> planMatrices(const PlanRequest& request) {
     std::vector<PlanEntry> entries;
     for (const MatrixConfig& matrix : candidates()) {
         const MatrixCost cost = costOf(matrix);
         if (!isWithin(cost, request)) continue;
-        entries.push_back({matrix, cost, tryMatrix(matrix, request.channel, request.packets),
-                           latencyOf(cost, request), presetOf(matrix)});
+        const TrialFigures trial = request.trace ? tryMatrix(matrix, *request.trace, request.packets)
+                                                 : tryMatrix(matrix, request.channel, request.packets);
+        entries.push_back({matrix, cost, trial, latencyOf(cost, request), presetOf(matrix)});
     }
     std::ranges::stable_sort(entries, {}, [](const PlanEntry& entry) {
         return std::tuple(entry.trial.sent - entry.trial.delivered, entry.cost.overhead,

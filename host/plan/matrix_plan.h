@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "host/plan/loss_trace.h"
 #include "host/plan/matrix_trial.h"
 
 namespace mvrtpfec {
@@ -17,10 +18,13 @@ struct MatrixCost {
 };
 
 MatrixCost costOf(const MatrixConfig& matrix);
+/// Milliseconds that one matrix lasts at a bit rate of the transport stream.
+double delayOf(const MatrixCost& cost, std::uint64_t bitRate);
 
 struct PlanRequest {
     std::optional<std::uint64_t> bitRate;  ///< of the transport stream, bits per second
     ChannelConfig channel;
+    std::optional<LossTrace> trace;      ///< a measured one in the channel's place
     std::optional<double> mostLatency;   ///< ms, two matrices deep
     std::optional<double> mostOverhead;  ///< share
     std::uint64_t packets = 20'000;      ///< of each trial

@@ -59,15 +59,36 @@ std::array<std::uint8_t, rtpHeaderSize + payloadSize> mediaPacket(std::uint64_t 
     return packet;
 }
 
-}  // namespace
+/// Loses what a trace says.
+class TracedNetwork {
+public:
+    /// The trace has packets.
+    TracedNetwork(const LossTrace& trace, Receiving& receiving)
+        : trace_(trace),
+          receiving_(receiving),
+          places_{0, trace.lost.size() / 3, trace.lost.size() * 2 / 3} {}
 
-double TrialFigures::residualLoss() const {
-    return sent == 0 ? 0 : 1 - static_cast<double>(delivered) / static_cast<double>(sent);
-}
+    void push(StreamPort port, const std::vector<std::uint8_t>& packet) {
+        std::size_t& place = places_[static_cast<std::size_t>(port)];
+        const bool isLost = trace_.lost[place];
+        place = (place + 1) % trace_.lost.size();
+        if (!isLost)
+            receiving_.push(packet);
+        else if (port == StreamPort::media)
+            ++droppedMedia_;
+    }
+    std::uint64_t droppedMedia() const { return droppedMedia_; }
 
-TrialFigures tryMatrix(const MatrixConfig& matrix, const ChannelConfig& channel, std::uint64_t packets) {
-    Receiving receiving(packets);
-    Channel network(channel, [&](StreamPort, const auto& packet) { receiving.push(packet); });
+private:
+    const LossTrace& trace_;
+    Receiving& receiving_;
+    std::array<std::size_t, 3> places_;
+    std::uint64_t droppedMedia_ = 0;
+};
+
+/// A stream of media packets and the FEC packets that they complete.
+template <class Network>
+void sendThrough(Network& network, const MatrixConfig& matrix, std::uint64_t packets) {
     CFecComposer composer(
         [&](const std::shared_ptr<RtpPacket>& fec) {
             network.push(fecKind(fec->view) == FecKind::row ? StreamPort::fecB : StreamPort::fecA,
@@ -79,7 +100,26 @@ TrialFigures tryMatrix(const MatrixConfig& matrix, const ChannelConfig& channel,
         network.push(StreamPort::media, {media.begin(), media.end()});
         composer.protect({media.data(), static_cast<std::uint16_t>(media.size())});
     }
+}
+
+}  // namespace
+
+double TrialFigures::residualLoss() const {
+    return sent == 0 ? 0 : 1 - static_cast<double>(delivered) / static_cast<double>(sent);
+}
+
+TrialFigures tryMatrix(const MatrixConfig& matrix, const ChannelConfig& channel, std::uint64_t packets) {
+    Receiving receiving(packets);
+    Channel network(channel, [&](StreamPort, const auto& packet) { receiving.push(packet); });
+    sendThrough(network, matrix, packets);
     network.finish();
+    return {packets, network.droppedMedia(), receiving.finish()};
+}
+
+TrialFigures tryMatrix(const MatrixConfig& matrix, const LossTrace& trace, std::uint64_t packets) {
+    Receiving receiving(packets);
+    TracedNetwork network(trace, receiving);
+    sendThrough(network, matrix, packets);
     return {packets, network.droppedMedia(), receiving.finish()};
 }
 
