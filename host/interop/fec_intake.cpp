@@ -15,8 +15,10 @@ constexpr int patience = 100;
 bool FecIntake::take(RtpPacketView packet) {
     if (packet.payloadType() == mediaPayloadType) {
         bridge_.note(packet);
+        timestamps_.note(packet);
         return true;
     }
+    if (format_ != FecFormat::native) timestamps_.settle(packet);
     // Of an even number of equal lengths the parity is 0 in both formats.
     if (!format_ && protectedRange(packet).count % 2 != 0) tellFormat(packet);
     const bool taken = makeOurs(packet);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/interop/fec_format.h"
+#include "host/interop/fec_timestamps.h"
 #include "mvrtpfec/log_perf.h"
 
 namespace mvrtpfec {
@@ -30,6 +31,7 @@ private:
     mvn::log::ILogger& log_;
     std::optional<FecFormat> format_;
     FecFormatBridge bridge_;
+    FecTimestamps timestamps_;
     int untold_ = 0;
     std::uint64_t leftOut_ = 0;
 };

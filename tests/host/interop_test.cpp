@@ -84,6 +84,46 @@ TEST_F(InteropTest, OurOwnAreTakenAsTheyAre) {
     EXPECT_EQ(intake.leftOut(), 0U);
 }
 
+TEST_F(InteropTest, TimestampsOfSendingBecomeThoseOfTheFirstPacket) {
+    FecTimestamps timestamps;
+    const auto media = [&](std::uint16_t number, std::uint32_t timestamp) {
+        Bytes packet = rtpPacket(number, 200);
+        writeBigEndian32(&packet[4], timestamp);
+        timestamps.note(viewOf(packet));
+        composer.protect(viewOf(packet));
+    };
+    std::size_t done = 0;
+    std::size_t settled = 0;
+    const auto settleNew = [&](std::uint32_t shift) {
+        for (; done < made.size(); ++done) {
+            const RtpPacketView fec = made[done]->view;
+            const std::uint32_t ours = fec.timestamp();
+            writeBigEndian32(fec.data + 4, ours + shift);
+            timestamps.settle(fec);
+            if (fec.timestamp() == ours) ++settled;
+        }
+    };
+    for (std::uint16_t i = 0; i < 100; ++i) {
+        media(static_cast<std::uint16_t>(65500 + i), i * 300U - 9000);
+        settleNew(1200);
+    }
+    EXPECT_EQ(settled, made.size() - 7) << "the first ones could be of another run";
+    settled = done = 0;
+    made.clear();
+    for (std::uint16_t i = 100; i < 200; ++i) {
+        media(static_cast<std::uint16_t>(65500 + i), i * 300U);
+        settleNew(i % 20 == 19 ? 900 : 0);
+    }
+    EXPECT_LT(settled, made.size()) << "one that is late by itself stays so";
+    settled = done = 0;
+    made.clear();
+    for (std::uint16_t i = 200; i < 300; ++i) {
+        media(static_cast<std::uint16_t>(65500 + i), i * 300U);
+        settleNew(static_cast<std::uint32_t>(-300));
+    }
+    EXPECT_EQ(settled, 0U) << "nor is one from before";
+}
+
 class InteropFilesTest : public ProgramTest {};
 
 TEST_F(InteropFilesTest, StandardFecIsMadeAndRepairedFromFiles) {
