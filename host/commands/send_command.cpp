@@ -1,6 +1,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -95,7 +96,7 @@ private:
     void send(std::unique_ptr<RtpPacket> packet) {
         bridge_.note(packet->view);
         writers_.of(StreamPort::media).write({packet->view.data, packet->view.length});
-        if (isProtectable(packet->view)) sender_.push(packet->view);
+        if (isProtectable(packet->view)) sender_.push(std::move(packet));
     }
 
     std::unique_ptr<MediaInput> input_;

@@ -31,7 +31,11 @@ SenderBranch::~SenderBranch() {
 }
 
 void SenderBranch::push(ConstRtpPacketView media) {
-    const HRESULT result = source_->deliver(0, std::make_unique<RtpPacket>(media.data, media.length));
+    push(std::make_unique<RtpPacket>(media.data, media.length));
+}
+
+void SenderBranch::push(std::unique_ptr<RtpPacket> media) {
+    const HRESULT result = source_->deliver(0, std::move(media));
     sink_->rethrowError();
     requireGraph(result, "the sender refuses a packet");
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 
 #include "core/rtp_packet.h"
 #include "host/graph/filter_graph.h"
@@ -28,6 +29,8 @@ public:
     /// Feeds one media packet; FEC packets it completes are given to the output before this returns. Throws
     /// GraphError and what the output threw.
     void push(ConstRtpPacketView media);
+    /// The same without a copy.
+    void push(std::unique_ptr<RtpPacket> media);
     /// Ends the stream; FEC packets that aren't complete are not made.
     void finish();
 

@@ -21,6 +21,19 @@ struct TimedTsPacket {
     std::chrono::nanoseconds elapsed;  ///< since the first packet
 };
 
+/// Packets of a transport stream in order.
+class TimedTsPackets {
+public:
+    virtual ~TimedTsPackets() = default;
+
+    /// None at the end, and where the stream is broken.
+    virtual std::optional<TimedTsPacket> next() = 0;
+    /// Throws FileError when that was no proper end.
+    virtual void throwIfBroken() const = 0;
+    /// Share of it that has been read, 0 to 1; 0 when that is not known.
+    virtual double progress() const = 0;
+};
+
 /// Reads a transport stream file packet by packet and times each by the program clock.
 ///
 /// The clock is that of the first PID that carries one; another PID takes over when that one falls silent for
@@ -31,17 +44,15 @@ struct TimedTsPacket {
 ///
 /// Every packet must start with the sync byte; a stream that has lost its 188-byte step is an error
 /// that names the place, so that no damaged stream passes for a whole one.
-class TsReader {
+class TsReader final : public TimedTsPackets {
 public:
     /// Throws FileError when the file is no transport stream.
     explicit TsReader(InputFile file);
 
-    /// None at the end, and where the file is broken.
-    std::optional<TimedTsPacket> next();
-    /// Throws FileError when that was no proper end.
-    void throwIfBroken() const;
-
-    double progress() const { return file_.progress(file_.stream()); }
+    std::optional<TimedTsPacket> next() override;
+    void throwIfBroken() const override;
+    double progress() const override { return file_.progress(file_.stream()); }
+    bool isBroken() const { return broken_.has_value(); }
 
 private:
     bool readAhead(std::uint64_t count);

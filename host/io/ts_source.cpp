@@ -16,13 +16,13 @@ bool TsSource::read(Datagram& datagram) {
     datagram.frame.clear();
     datagram.payload.assign(rtpHeaderSize, 0);
     for (std::size_t i = 0; i < tsPacketsPerRtpPacket; ++i) {
-        const auto packet = reader_.next();
+        const auto packet = packets_->next();
         if (!packet) break;
         if (i == 0) writeHeader(datagram, *packet);
         datagram.payload.insert(datagram.payload.end(), packet->bytes.begin(), packet->bytes.end());
     }
     if (datagram.payload.size() > rtpHeaderSize) return true;
-    reader_.throwIfBroken();
+    packets_->throwIfBroken();
     return false;
 }
 

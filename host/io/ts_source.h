@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <utility>
 
 #include "host/io/packet_source.h"
 #include "host/io/ts_reader.h"
@@ -13,15 +15,16 @@ namespace mvrtpfec {
 class TsSource : public PacketSource {
 public:
     /// Throws FileError when the file is no transport stream.
-    explicit TsSource(InputFile file) : reader_(std::move(file)) {}
+    explicit TsSource(InputFile file) : TsSource(std::make_unique<TsReader>(std::move(file))) {}
+    explicit TsSource(std::unique_ptr<TimedTsPackets> packets) : packets_(std::move(packets)) {}
 
     bool read(Datagram& datagram) override;
-    double progress() const override { return reader_.progress(); }
+    double progress() const override { return packets_->progress(); }
 
 private:
     void writeHeader(Datagram& datagram, const TimedTsPacket& first);
 
-    TsReader reader_;
+    std::unique_ptr<TimedTsPackets> packets_;
     std::uint16_t sequenceNumber_ = 0;
 };
 

@@ -201,12 +201,18 @@ TEST_F(LiveTest, ALoopedFileRunsOn) {
         FileMediaInput input(pathOf("in.ts"),
                              {.bitRate = bitRate, .loop = true, .interfaceName = "", .source = {}});
         DuePacket next;
+        const Bytes file = sample();
+        std::ptrdiff_t place = 0;
         std::uint16_t number = 0;
         std::uint32_t timestamp = 0;
         SteadyTime due{};
         for (int i = 0; i < 3000; ++i) {
             ASSERT_EQ(input.read(next), MediaInput::Got::packet);
             EXPECT_EQ(next.packet->view.sequenceNumber(), number++);
+            ASSERT_EQ(next.packet->view.payloadLength(), 7 * 188);
+            for (std::size_t ts = 0; ts < 7; ++ts, place = (place + 188) % std::ssize(file))
+                ASSERT_TRUE(std::equal(file.begin() + place, file.begin() + place + 188,
+                                       next.packet->view.payload() + 188 * ts));
             if (i > 0) {
                 const auto step = std::chrono::duration<double, std::milli>(*next.due - due).count();
                 const double ticks = static_cast<std::int32_t>(next.packet->view.timestamp() - timestamp);
