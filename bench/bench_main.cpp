@@ -1,10 +1,13 @@
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
+#include "bench/live_bench.h"
 #include "bench/pacing.h"
 #include "bench/targets.h"
 
@@ -45,6 +48,13 @@ std::string takeJsonOption(std::vector<char*>& arguments) {
     return {};
 }
 
+/// Whoever asks for some of the benchmarks wants those alone.
+bool isFiltered(const std::vector<char*>& arguments) {
+    return std::any_of(arguments.begin(), arguments.end(), [](const char* argument) {
+        return std::string_view(argument).starts_with("--benchmark_filter");
+    });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -57,6 +67,7 @@ int main(int argc, char** argv) {
     arguments.insert(arguments.begin() + 1,
                      {repetitions.data(), interleaving.data(), shortened.data(), aggregates.data()});
 
+    const bool filtered = isFiltered(arguments);
     int count = static_cast<int>(arguments.size());
     benchmark::Initialize(&count, arguments.data());
     if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 2;
@@ -69,7 +80,9 @@ int main(int argc, char** argv) {
     try {
         Recorder recorder;
         benchmark::RunSpecifiedBenchmarks(&recorder);
-        const bool held = mvrtpfec::bench::reportTargets(recorder.measured(), json);
+        Measurements measured = recorder.measured();
+        if (!filtered) mvrtpfec::bench::measureLive(measured);
+        const bool held = mvrtpfec::bench::reportTargets(measured, json);
         mvrtpfec::bench::printPacing();
         return held ? 0 : 1;
     } catch (const std::exception& error) {
