@@ -1,4 +1,6 @@
 #include <csignal>
+#include <cstdint>
+#include <ctime>
 
 #include "platform/signals.h"
 
@@ -6,11 +8,25 @@ namespace platform {
 
 namespace {
 
+constexpr std::int64_t nanosecondsPerMillisecond = 1'000'000;
+
 volatile std::sig_atomic_t interrupted = 0;
+std::int64_t when = 0;  ///< ms; the handler's alone
+
+std::int64_t milliseconds() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / nanosecondsPerMillisecond;
+}
 
 void remember(int signal) {
-    interrupted = 1;
-    std::signal(signal, SIG_DFL);
+    if (interrupted == 0) {
+        when = milliseconds();
+        interrupted = 1;
+    } else if (milliseconds() - when >= oneEvent) {
+        std::signal(signal, SIG_DFL);
+        std::raise(signal);
+    }
 }
 
 }  // namespace
@@ -28,6 +44,9 @@ void watchForInterruption() noexcept {
     // Without SA_RESTART, so that a read that waits for a silent pipe fails and the work unwinds.
     struct sigaction action {};
     action.sa_handler = remember;
+    // One of them at a time.
+    sigaddset(&action.sa_mask, SIGINT);
+    sigaddset(&action.sa_mask, SIGTERM);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
 }

@@ -1,4 +1,5 @@
 #include <chrono>
+#include <cstdlib>
 #include <functional>
 #include <string>
 #include <thread>
@@ -71,6 +72,25 @@ TEST_F(LiveChainTest, AStreamComesThroughALossyRelayWhole) {
     const auto last = nlohmann::json::parse(text.substr(text.rfind('\n', text.size() - 2) + 1));
     EXPECT_GT(last["total"]["rebuilt_packets"], 0);
     EXPECT_EQ(last["total"]["delivered_packets"], 1140);
+}
+
+TEST_F(LiveChainTest, Ipv6AndGroupsBetweenTwoNetworks) {
+    for (const char* needed : {"unshare -rn true", "ip -V", "nsenter -V"})
+        if (std::system((std::string(needed) + " >/dev/null 2>&1").c_str()) != 0)
+            GTEST_SKIP() << "not permitted or not installed here: " << needed;
+    const Outcome result = runProcess(
+        "unshare",
+        fmt::format("-rn sh {}/tests/host/two_networks.sh {}", MVRTPFEC_SOURCE, program().string()),
+        pathOf(""));
+    ASSERT_EQ(result.status, 0) << result.text;
+    const auto text = [this](const char* name) {
+        const Bytes bytes = load(name);
+        return std::string(bytes.begin(), bytes.end());
+    };
+    for (const char* name : {"ipv6", "group4", "group6", "source"})
+        EXPECT_TRUE(load(name + std::string(".ts")) == sample())
+            << name << load(name + std::string(".ts")).size() << text((name + std::string(".txt")).c_str());
+    EXPECT_EQ(load("stranger.ts").size(), 0U) << "of another source than was asked for";
 }
 
 TEST_F(LiveChainTest, AnotherSenderWithAnotherMatrixIsFollowedAndToldOnce) {
