@@ -1,3 +1,5 @@
+#include <cerrno>
+
 #include <netinet/in.h>
 #include <sys/socket.h>
 
@@ -13,6 +15,10 @@ bool sendWhole(SocketHandle socket, const char* bytes, std::size_t count) noexce
 bool setTrafficClass(SocketHandle socket, bool isIpv6, int value) noexcept {
     return setsockopt(static_cast<int>(socket), isIpv6 ? IPPROTO_IPV6 : IPPROTO_IP,
                       isIpv6 ? IPV6_TCLASS : IP_TOS, &value, sizeof value) == 0;
+}
+
+std::error_code lastSocketError() noexcept {
+    return {errno, std::system_category()};
 }
 
 }  // namespace platform

@@ -16,4 +16,8 @@ bool setTrafficClass(SocketHandle socket, bool isIpv6, int value) noexcept {
                       isIpv6 ? IPV6_TCLASS : IP_TOS, bytes, sizeof value) == 0;
 }
 
+std::error_code lastSocketError() noexcept {
+    return {WSAGetLastError(), std::system_category()};
+}
+
 }  // namespace platform

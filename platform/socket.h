@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <system_error>
 
 namespace platform {
 
@@ -14,5 +15,8 @@ bool sendWhole(SocketHandle socket, const char* bytes, std::size_t count) noexce
 /// The traffic class byte of what is sent, with the DSCP in its upper six bits (RFC 2474). False when the
 /// system refuses.
 bool setTrafficClass(SocketHandle socket, bool isIpv6, int value) noexcept;
+
+/// Why the last call for a socket on this thread failed.
+std::error_code lastSocketError() noexcept;
 
 }  // namespace platform

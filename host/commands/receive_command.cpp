@@ -1,6 +1,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -54,7 +55,7 @@ public:
           graph_(options.module),
           chain_(graph_, options.guard.chosen(), log,
                  [this](ConstRtpPacketView packet, const Moment&) { deliver(packet); }),
-          readers_(parseEndpoint(options.from), options.receiving,
+          readers_(parseStream(options.from), options.receiving,
                    [this](StreamPort port, auto packet) { arrive(port, std::move(packet)); }),
           report_(options.json),
           intake_(options.fecFormat, log) {
@@ -134,8 +135,10 @@ bool runReceive(const ReceiveOptions& options, mvn::log::ILogPerf& log) {
 void addReceiveCommand(CLI::App& app) {
     const auto options = std::make_shared<ReceiveOptions>();
     CLI::App* command = app.add_subcommand("receive", "Receive a protected transport stream and repair it");
-    command->add_option("--from", options->from, "Where the media come to; FECA two ports above, FECB four")
-        ->type_name("ADDR:PORT")
+    command
+        ->add_option("--from", options->from,
+                     "Where the media come to; FECA two ports above, FECB four, or as said")
+        ->type_name("ADDR:PORT[,FECA,FECB]")
         ->required();
     command->add_option("OUTPUT", options->output, "A .ts file, -, udp://ADDR:PORT, rtp://ADDR:PORT or null")
         ->required();
@@ -151,10 +154,11 @@ void addReceiveCommand(CLI::App& app) {
         ->check(CLI::Range(1.0, 60'000.0))
         ->type_name("MS");
     addFecIntakeOption(*command, options->fecFormat);
-    command->add_option("--stats", options->interval, "Seconds between two lines of figures")
-        ->check(CLI::Range(0.1, 3600.0))
-        ->capture_default_str()
-        ->type_name("SECONDS");
+    command
+        ->add_option("--stats", options->interval, "Time between two lines of figures, as 1s or 500ms [1s]")
+        ->transform(CLI::AsNumberWithUnit(std::map<std::string, double>{{"s", 1}, {"ms", 1e-3}}) &
+                    CLI::Range(0.1, 3600.0))
+        ->type_name("TIME");
     addPath(*command, "--json", options->json,
             "Write a line of JSON each time to FILE, or - for standard output")
         ->type_name("FILE|-");

@@ -15,7 +15,6 @@
 #include "host/live/stream_readers.h"
 #include "host/live/stream_writers.h"
 #include "host/log/program_log.h"
-#include "host/net/endpoint.h"
 #include "platform/signals.h"
 
 namespace mvrtpfec {
@@ -43,14 +42,14 @@ SendingOptions sendingOn(const std::string& interfaceName) {
 class Relay {
 public:
     explicit Relay(const RelayOptions& options)
-        : writers_(parseEndpoint(options.to), sendingOn(options.receiving.interfaceName)),
+        : writers_(parseStream(options.to), sendingOn(options.receiving.interfaceName)),
           delay_(options.delay,
                  [this](StreamPort port, const auto& packet) { writers_.of(port).write(packet); }),
           channel_(options.channel,
                    [this](StreamPort port, const auto& packet) {
                        delay_.push(port, packet, std::chrono::steady_clock::now());
                    }),
-          readers_(parseEndpoint(options.from), options.receiving, [this](StreamPort port, auto packet) {
+          readers_(parseStream(options.from), options.receiving, [this](StreamPort port, auto packet) {
               ++received_;
               channel_.push(port, {packet->view.data, packet->view.data + packet->view.length});
           }) {}
@@ -105,10 +104,14 @@ void runRelay(const RelayOptions& options, mvn::log::ILogger& log) {
 void addRelayCommand(CLI::App& app) {
     const auto options = std::make_shared<RelayOptions>();
     CLI::App* command = app.add_subcommand("relay", "Pass a protected stream on as a bad network would");
-    command->add_option("--from", options->from, "Where the media come to; FECA two ports above, FECB four")
-        ->type_name("ADDR:PORT")
+    command
+        ->add_option("--from", options->from,
+                     "Where the media come to; FECA two ports above, FECB four, or as said")
+        ->type_name("ADDR:PORT[,FECA,FECB]")
         ->required();
-    command->add_option("--to", options->to, "Where they go on to")->type_name("ADDR:PORT")->required();
+    command->add_option("--to", options->to, "Where they go on to")
+        ->type_name("ADDR:PORT[,FECA,FECB]")
+        ->required();
     addChannelOptions(*command, options->channel);
     command->add_option("--delay", options->delay.delay, "Milliseconds that every packet takes")
         ->check(CLI::Range(0.0, 10000.0))

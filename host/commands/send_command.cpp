@@ -14,7 +14,6 @@
 #include "host/live/pacer.h"
 #include "host/live/stream_writers.h"
 #include "host/log/program_log.h"
-#include "host/net/endpoint.h"
 #include "host/plan/matrix_plan.h"
 #include "platform/signals.h"
 
@@ -38,7 +37,7 @@ class Sending {
 public:
     explicit Sending(const SendOptions& options)
         : input_(openMediaInput(options.input, options.media)),
-          writers_(parseEndpoint(options.to), options.sending),
+          writers_(parseStream(options.to), options.sending),
           graph_(options.module),
           sender_(graph_, options.matrix,
                   [this](StreamPort port, ConstRtpPacketView packet) { sendFec(port, packet); }),
@@ -142,8 +141,9 @@ void addSendCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand("send", "Protect a transport stream and send it over UDP");
     command->add_option("INPUT", options->input, "A .ts file, - , udp://ADDR:PORT or rtp://ADDR:PORT")
         ->required();
-    command->add_option("--to", options->to, "Where the media go; FECA two ports above, FECB four")
-        ->type_name("ADDR:PORT")
+    command
+        ->add_option("--to", options->to, "Where the media go; FECA two ports above, FECB four, or as said")
+        ->type_name("ADDR:PORT[,FECA,FECB]")
         ->required();
     addMatrixOptions(*command, options->matrix);
     addFecFormatOption(*command, options->fecFormat);

@@ -9,6 +9,8 @@ namespace {
 /// So many FEC packets that could be either are taken for ours then: standard ones of media of several
 /// lengths would be of no use anyway.
 constexpr int patience = 100;
+/// So many of the other format are no chance: another sender.
+constexpr int enough = 3;
 
 }  // namespace
 
@@ -20,7 +22,7 @@ bool FecIntake::take(RtpPacketView packet) {
     }
     if (format_ != FecFormat::native) timestamps_.settle(packet);
     // Of an even number of equal lengths the parity is 0 in both formats.
-    if (!format_ && protectedRange(packet).count % 2 != 0) tellFormat(packet);
+    if (!isFixed_ && protectedRange(packet).count % 2 != 0) tellFormat(packet);
     const bool taken = makeOurs(packet);
     if (!taken) ++leftOut_;
     return taken;
@@ -33,14 +35,23 @@ bool FecIntake::take(std::vector<std::uint8_t>& datagram) {
 
 bool FecIntake::makeOurs(RtpPacketView fec) {
     if (!format_) return protectedRange(fec).count % 2 == 0;
-    return *format_ == FecFormat::native || bridge_.toNative(fec);
+    if (*format_ == FecFormat::standard) return bridge_.toNative(fec);
+    // What is known to be of the other format would rebuild wrong lengths.
+    return isFixed_ || bridge_.formatOf(fec) != FecFormat::standard;
 }
 
 void FecIntake::tellFormat(ConstRtpPacketView fec) {
-    format_ = bridge_.formatOf(fec);
-    if (!format_ && ++untold_ == patience) format_ = FecFormat::native;
-    if (format_)
-        log_.Log(2, "the FEC packets are %s", *format_ == FecFormat::native ? "ours" : "standard ones");
+    const auto told = bridge_.formatOf(fec);
+    if (!format_ && (told || ++untold_ == patience)) return setFormat(told.value_or(FecFormat::native));
+    if (!told) return;
+    others_ = told == format_ ? 0 : others_ + 1;
+    if (format_ && others_ == enough) setFormat(*told);
+}
+
+void FecIntake::setFormat(FecFormat format) {
+    format_ = format;
+    others_ = 0;
+    log_.Log(2, "the FEC packets are %s", format == FecFormat::native ? "ours" : "standard ones");
 }
 
 }  // namespace mvrtpfec

@@ -13,8 +13,9 @@ namespace mvrtpfec {
 /// Makes FEC packets that come in ours, whichever they are. One thread.
 class FecIntake {
 public:
-    /// Without a format it is told by what comes, and logged.
-    FecIntake(std::optional<FecFormat> format, mvn::log::ILogger& log) : log_(log), format_(format) {}
+    /// Without a format it is told by what comes, again when that changes, and logged.
+    FecIntake(std::optional<FecFormat> format, mvn::log::ILogger& log)
+        : log_(log), format_(format), isFixed_(format.has_value()) {}
 
     /// Takes a valid packet, media or FEC, in the order of arrival. False for an FEC packet that can't be
     /// made ours, which is to be left out.
@@ -27,12 +28,15 @@ public:
 private:
     bool makeOurs(RtpPacketView fec);
     void tellFormat(ConstRtpPacketView fec);
+    void setFormat(FecFormat format);
 
     mvn::log::ILogger& log_;
     std::optional<FecFormat> format_;
     FecFormatBridge bridge_;
     FecTimestamps timestamps_;
+    const bool isFixed_;
     int untold_ = 0;
+    int others_ = 0;  ///< FEC packets of the other format in a row
     std::uint64_t leftOut_ = 0;
 };
 

@@ -2,17 +2,14 @@
 
 #include <utility>
 
-#include "host/live/stream_writers.h"
 #include "platform/datagrams.h"
 
 namespace mvrtpfec {
 
-StreamReaders::StreamReaders(const asio::ip::udp::endpoint& media, const ReceivingOptions& options,
-                             Taker take)
+StreamReaders::StreamReaders(const StreamEndpoints& streams, const ReceivingOptions& options, Taker take)
     : take_(std::move(take)),
-      sockets_{openReceiver(context_, endpointOf(StreamPort::media, media), options),
-               openReceiver(context_, endpointOf(StreamPort::fecA, media), options),
-               openReceiver(context_, endpointOf(StreamPort::fecB, media), options)} {
+      sockets_{openReceiver(context_, streams[0], options), openReceiver(context_, streams[1], options),
+               openReceiver(context_, streams[2], options)} {
     for (const StreamPort port : {StreamPort::media, StreamPort::fecA, StreamPort::fecB}) readNext(port);
 }
 

@@ -11,6 +11,7 @@
 
 #include "core/rtp_packet.h"
 #include "host/io/datagram.h"
+#include "host/live/stream_endpoints.h"
 #include "host/net/packet_reader.h"
 #include "host/net/udp_sockets.h"
 
@@ -22,7 +23,7 @@ public:
     using Taker = std::function<void(StreamPort, std::unique_ptr<RtpPacket>)>;
 
     /// Throws UsageError, std::system_error.
-    StreamReaders(const asio::ip::udp::endpoint& media, const ReceivingOptions& options, Taker take);
+    StreamReaders(const StreamEndpoints& streams, const ReceivingOptions& options, Taker take);
 
     /// Gives out what comes meanwhile.
     void runFor(std::chrono::milliseconds time);

@@ -1,32 +1,23 @@
 #include "host/live/stream_writers.h"
 
-#include "host/commands/commands.h"
-
 namespace mvrtpfec {
 
 namespace {
 
 /// A source port is the media's, too: the others have theirs above it.
-PacketWriter writerTo(asio::io_context& context, StreamPort port, const asio::ip::udp::endpoint& media,
+PacketWriter writerTo(asio::io_context& context, StreamPort port, const StreamEndpoints& streams,
                       SendingOptions options) {
     if (options.sourcePort != 0)
         options.sourcePort = static_cast<std::uint16_t>(udpPortOf(port, options.sourcePort));
-    return PacketWriter(openSender(context, endpointOf(port, media), options));
+    return PacketWriter(openSender(context, streams[static_cast<std::size_t>(port)], options));
 }
 
 }  // namespace
 
-asio::ip::udp::endpoint endpointOf(StreamPort port, const asio::ip::udp::endpoint& media) {
-    constexpr int mostPort = 65535;
-    const int number = udpPortOf(port, media.port());
-    if (number > mostPort) throw UsageError("the FEC streams need the ports two and four above the media's");
-    return {media.address(), static_cast<std::uint16_t>(number)};
-}
-
-StreamWriters::StreamWriters(const asio::ip::udp::endpoint& media, const SendingOptions& options)
-    : writers_{writerTo(context_, StreamPort::media, media, options),
-               writerTo(context_, StreamPort::fecA, media, options),
-               writerTo(context_, StreamPort::fecB, media, options)} {}
+StreamWriters::StreamWriters(const StreamEndpoints& streams, const SendingOptions& options)
+    : writers_{writerTo(context_, StreamPort::media, streams, options),
+               writerTo(context_, StreamPort::fecA, streams, options),
+               writerTo(context_, StreamPort::fecB, streams, options)} {}
 
 std::uint64_t StreamWriters::refused() const {
     std::uint64_t sum = 0;

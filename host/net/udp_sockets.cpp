@@ -30,7 +30,7 @@ platform::SocketHandle handleOf(Udp::socket& socket) {
 }
 
 [[noreturn]] void throwSystemError(const std::string& what) {
-    throw std::system_error(errno, std::generic_category(), what);
+    throw std::system_error(platform::lastSocketError(), what);
 }
 
 void join(Udp::socket& socket, const Udp::endpoint& group, const ReceivingOptions& options) {

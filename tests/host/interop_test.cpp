@@ -124,6 +124,31 @@ TEST_F(InteropTest, TimestampsOfSendingBecomeThoseOfTheFirstPacket) {
     EXPECT_EQ(settled, 0U) << "nor is one from before";
 }
 
+TEST_F(InteropTest, AnotherSendersFormatIsNoticed) {
+    for (std::uint16_t i = 0; i < 200; ++i) send(i, 1328);
+    std::size_t taken = 0;
+    const auto takeOdd = [&](std::size_t from, std::size_t to, bool standard) {
+        taken = 0;
+        std::size_t odd = 0;
+        for (std::size_t i = from; i < to; ++i) {
+            if (protectedRange(made[i]->view).count % 2 == 0) continue;
+            ++odd;
+            const std::uint16_t ours = field(made[i]->view);
+            if (standard) bridge.toStandard(made[i]->view);
+            if (intake.take(made[i]->view) && field(made[i]->view) == ours) ++taken;
+        }
+        return odd;
+    };
+    const std::size_t third = made.size() / 3;
+    std::size_t odd = takeOdd(0, third, false);
+    EXPECT_EQ(taken, odd);
+    // Two are left out until the third tells.
+    odd = takeOdd(third, 2 * third, true);
+    EXPECT_EQ(taken, odd - 2);
+    odd = takeOdd(2 * third, made.size(), false);
+    EXPECT_EQ(taken, odd - 2);
+}
+
 class InteropFilesTest : public ProgramTest {};
 
 TEST_F(InteropFilesTest, StandardFecIsMadeAndRepairedFromFiles) {

@@ -46,18 +46,19 @@ TEST_F(LiveChainTest, AStreamComesThroughALossyRelayWhole) {
     const std::uint16_t far = UdpListeners(6).firstPort();
     const std::uint16_t near = static_cast<std::uint16_t>(far + 20);
     Beside receiver([&] {
-        return runProcess(
-            "timeout",
-            fmt::format("--foreground -s INT 6 {} receive --from 127.0.0.1:{} out.ts --json figures.jsonl",
-                        program().string(), far),
-            pathOf(""));
+        return runProcess("timeout",
+                          fmt::format("--foreground -s INT 6 {} receive --from 127.0.0.1:{},{},{} out.ts "
+                                      "--json figures.jsonl --stats 500ms",
+                                      program().string(), far, far + 3, far + 1),
+                          pathOf(""));
     });
     Beside relay([&] {
         return runProcess(
             "timeout",
-            fmt::format("--foreground -s INT 5 {} relay --from 127.0.0.1:{} --to 127.0.0.1:{} --loss 0.01 "
-                        "--burst 2 --delay 10 --jitter 1 --duplicate 0.02",
-                        program().string(), near, far),
+            fmt::format(
+                "--foreground -s INT 5 {} relay --from 127.0.0.1:{} --to 127.0.0.1:{},{},{} --loss 0.01 "
+                "--burst 2 --delay 10 --jitter 1 --duplicate 0.02",
+                program().string(), near, far, far + 1, far + 3),
             pathOf(""));
     });
     const Outcome sent =

@@ -243,6 +243,10 @@ TEST_F(LiveTest, WhatStandsBeforeABreakInTheFileLeaves) {
 TEST_F(LiveTest, RefusesWhatCannotBeMeant) {
     for (const auto& [arguments, text] :
          {std::pair{"send in.ts --to 127.0.0.1:65534 --mode both --columns 5 --rows 5", "two and four above"},
+          std::pair{"send in.ts --to 127.0.0.1:5004,5006 --preset lean", "one FEC port"},
+          std::pair{"send in.ts --to 127.0.0.1:5004,5006,5006 --preset lean", "are to differ"},
+          std::pair{"receive --from 127.0.0.1:5004,5006,x null", "FEC ports"},
+          std::pair{"receive --from 127.0.0.1:5004 null --stats 1h", "--stats"},
           std::pair{"send in.ts --to nowhere:5004 --mode both --columns 5 --rows 5", "has no address"},
           std::pair{"send in.ts --to 127.0.0.1:5004 --mode both --columns 5 --rows 5 --bitrate 5x",
                     "bit rate"},
