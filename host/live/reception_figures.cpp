@@ -13,7 +13,7 @@ std::vector<Counter> countersOf(const ReceptionTotals& totals) {
         {"fec_missing_packets", "FEC packets that never came", reception.fecMissing},
         {"lost_packets", "Media packets found missing", receiver.lost},
         {"rebuilt_packets", "Media packets rebuilt", receiver.rebuilt},
-        {"lost_for_good_packets", "Media packets that could not be rebuilt", receiver.abandoned},
+        {"lost_for_good_packets", "Media packets missing in the output", totals.lostForGood},
         {"delivered_packets", "Media packets given to the output", totals.repair.delivered},
         {"late_packets", "Media packets that came after they were given up", guard.late},
         {"repeated_packets", "Packets that came again", guard.repeated},

@@ -13,10 +13,11 @@ namespace mvrtpfec {
 struct ReceptionTotals {
     ReceptionFigures reception;
     RepairFigures repair;
-    std::uint64_t tooLong = 0;    ///< datagrams
-    std::uint64_t refused = 0;    ///< datagrams of the output that the system did not send
-    std::uint64_t notTurned = 0;  ///< standard FEC packets that could not be turned into ours
-    std::uint64_t overrun = 0;    ///< datagrams that the system dropped because nobody read them in time
+    std::uint64_t lostForGood = 0;  ///< media packets missing in the output
+    std::uint64_t tooLong = 0;      ///< datagrams
+    std::uint64_t refused = 0;      ///< datagrams of the output that the system did not send
+    std::uint64_t notTurned = 0;    ///< standard FEC packets that could not be turned into ours
+    std::uint64_t overrun = 0;      ///< datagrams that the system dropped because nobody read them in time
 };
 
 /// One of them under the name it has outside, whose end is its unit.

@@ -32,7 +32,7 @@ void ReceptionLog::note(const ReceptionTotals& totals, SteadyTime now) {
     noteMatrix(totals.reception);
     noteSilence(totals.reception.media, now);
     noteCount(restarts, totals.reception.restarts, 1, now);
-    noteCount(losses, totals.repair.receiver.abandoned, 1, now);
+    noteCount(losses, totals.lostForGood, 1, now);
     if (totals.repair.guard) noteCount(repeats, totals.repair.guard->repeated, manyRepeats, now);
     noteCount(overruns, totals.overrun, 1, now);
     noteCount(refusals, totals.refused, 1, now);

@@ -78,6 +78,9 @@ void ReceptionMeter::updateJitter(std::uint32_t timestamp, SteadyTime now) {
 }
 
 void ReceptionMeter::deliver(ConstRtpPacketView media, SteadyTime now) {
+    const int ahead = delivered_ ? serialDistance(*delivered_, media.sequenceNumber()) : 1;
+    if (ahead > 1 && ahead <= sameRun) lostForGood_ += static_cast<std::uint64_t>(ahead - 1);
+    delivered_ = media.sequenceNumber();
     const std::int64_t arrived = arrivals_[media.sequenceNumber()].exchange(0);
     if (arrived == 0) return;
     const std::int64_t underWay = nanosecondsOf(now) - arrived;

@@ -30,10 +30,13 @@ class ReceptionMeter {
 public:
     /// False for a packet that is neither media nor FEC; it goes no further.
     bool arrive(ConstRtpPacketView packet, SteadyTime now);
-    /// How long a delivered packet was under way between arrival and delivery; nothing for a rebuilt one.
+    /// Takes how long a delivered packet was under way, unless it was rebuilt, and whether numbers are
+    /// missing before it.
     void deliver(ConstRtpPacketView media, SteadyTime now);
 
     const ReceptionFigures& figures() const noexcept { return figures_; }
+    /// Media packets whose numbers are missing in what was delivered. Any thread.
+    std::uint64_t lostForGood() const noexcept { return lostForGood_; }
     /// The longest time from arrival to delivery since the last question.
     std::chrono::nanoseconds takeLatency() noexcept { return std::chrono::nanoseconds(latency_.exchange(0)); }
 
@@ -54,6 +57,8 @@ private:
     std::array<FecStream, 2> fecStreams_;
     std::array<std::atomic<std::int64_t>, 65536> arrivals_{};  ///< by number, ns of the steady clock; 0 none
     std::atomic<std::int64_t> latency_{0};
+    std::optional<std::uint16_t> delivered_;  ///< the number delivered last; the delivering thread's
+    std::atomic<std::uint64_t> lostForGood_{0};
 };
 
 }  // namespace mvrtpfec

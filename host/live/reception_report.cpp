@@ -50,7 +50,7 @@ void ReceptionReport::interval(const ReceptionTotals& totals, std::chrono::nanos
         "{}{:.3f} Mbit/s, {}, latency {:.0f} ms, received {}, lost {}, rebuilt {}, lost for good {}, FEC "
         "missing {}, longest burst {}, jitter {:.1f} ms{}",
         isTerminal_ ? "\r\033[K" : "", bitRate / 1e6, matrixText(totals.reception), milliseconds(latency),
-        totals.reception.media, receiver.lost, receiver.rebuilt, receiver.abandoned,
+        totals.reception.media, receiver.lost, receiver.rebuilt, totals.lostForGood,
         totals.reception.fecMissing, totals.reception.longestGap, milliseconds(totals.reception.jitter),
         isTerminal_ ? "" : "\n");
     if (json_) writeJson(totals, seconds, milliseconds(latency));

@@ -65,6 +65,10 @@ TEST(ReceptionMeterTest, CountsGapsRestartsAndForeignPackets) {
     meter->deliver(media(19'999, 0)->view, now + 90ms);  // rebuilt, it never arrived
     EXPECT_EQ(meter->takeLatency(), 40ms);
     EXPECT_EQ(meter->takeLatency(), 0ms);
+    EXPECT_EQ(meter->lostForGood(), 0U) << "a number behind is another run";
+    for (const std::uint16_t number : std::initializer_list<std::uint16_t>{20'000, 20'003, 40'000, 39'000})
+        meter->deliver(media(number, 0)->view, now);
+    EXPECT_EQ(meter->lostForGood(), 2U);
 }
 
 /// Keeps the lines.
@@ -118,7 +122,7 @@ TEST(ReceptionLogTest, TellsOnceAndNotTooOften) {
     totals.repair.guard->repeated = 99;
     EXPECT_EQ(note(1s), Expected{"1 media come again after 33 s"});
     totals.repair.guard->repeated = 100;
-    totals.repair.receiver.abandoned = 2;
+    totals.lostForGood = 2;
     ++totals.reception.media;
     EXPECT_EQ(note(1s), (Expected{"1 media packets were lost for good: 2, 2 in all",
                                   "1 packets came twice: 100, 100 in all"}));
