@@ -12,7 +12,7 @@
 #include "core/fec_composer.h"
 #include "core/fec_decoder.h"
 #include "core/reorder_buffer.h"
-#include "platform/media_graph.h"
+#include "platform/graph/media_graph.h"
 #include "platform/wide_literal.h"
 #include "receiver/rtp_fec_in.h"
 #include "sender/rtp_fec_filter.h"

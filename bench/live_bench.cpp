@@ -16,7 +16,7 @@
 
 #include "bench/peer_program.h"
 #include "bench/silent_sockets.h"
-#include "platform/process.h"
+#include "platform/process/process.h"
 
 namespace mvrtpfec::bench {
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "platform/media_filters.h"
+#include "platform/graph/media_filters.h"
 #include "rtp_media/chain/nal_builder.h"
 
 namespace mvrtpfec::bench {

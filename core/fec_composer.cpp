@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "platform/runtime_rand.h"
+#include "platform/process/runtime_rand.h"
 #include "support/errors.h"
 
 namespace mvrtpfec {

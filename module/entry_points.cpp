@@ -1,5 +1,5 @@
 #include "framework/registration/module_server.h"
-#include "platform/module_entry.h"
+#include "platform/module/module_entry.h"
 
 using mvrtpfec::ModuleServer;
 

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "framework/guarded_entry.h"
-#include "platform/task_memory.h"
+#include "platform/component/task_memory.h"
 #include "platform/wide_literal.h"
 #include "receiver/sample_sequence_number.h"
 

@@ -7,7 +7,7 @@
 #include "framework/base/atl_sync.h"
 #include "framework/base/com_ptr.h"
 #include "framework/base/critical_section.h"
-#include "platform/media_samples.h"
+#include "platform/graph/media_samples.h"
 
 namespace mvrtpfec {
 

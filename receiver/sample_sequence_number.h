@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "framework/base/com_ptr.h"
-#include "platform/media_samples.h"
+#include "platform/graph/media_samples.h"
 
 namespace mvrtpfec {
 

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "core/big_endian.h"
-#include "platform/utf8_path.h"
+#include "platform/files/utf8_path.h"
 #include "rtp_media/chain/nal_builder.h"
 #include "rtp_media/chain/simple_media_data.h"
 

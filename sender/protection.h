@@ -8,7 +8,7 @@
 
 #include "core/fec_composer.h"
 #include "framework/base/critical_section.h"
-#include "platform/light_mutex.h"
+#include "platform/threads/light_mutex.h"
 
 namespace mvrtpfec {
 

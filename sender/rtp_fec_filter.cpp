@@ -3,7 +3,7 @@
 #include <new>
 
 #include "framework/guarded_entry.h"
-#include "platform/runtime_rand.h"
+#include "platform/process/runtime_rand.h"
 #include "platform/wide_literal.h"
 
 namespace mvrtpfec {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/error_text.h"
+#include "platform/component/error_text.h"
 
 namespace mvn {
 

@@ -2,7 +2,7 @@
 
 #include <cstdarg>
 
-#include "platform/bounded_format.h"
+#include "platform/text/bounded_format.h"
 
 namespace mvn {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "platform/sync.h"
+#include "platform/threads/sync.h"
 
 namespace mvn {
 

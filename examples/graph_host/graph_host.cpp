@@ -20,8 +20,8 @@
 #include <mvrtpfec/receiver_guard.h>
 #include <mvrtpfec/rtp_fec_filter.h>
 #include <mvrtpfec/rtp_fec_in.h>
-#include <platform/component_runtime.h>
-#include <platform/loaded_module.h>
+#include <platform/component/component_runtime.h>
+#include <platform/module/loaded_module.h>
 #include <platform/wide_literal.h>
 
 #include "packet_filters.h"

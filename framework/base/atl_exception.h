@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/sync.h"
+#include "platform/threads/sync.h"
 
 namespace mvrtpfec {
 

@@ -3,7 +3,7 @@
 // system gives none.
 
 #include "framework/base/atl_exception.h"
-#include "platform/turn_taking.h"
+#include "platform/threads/turn_taking.h"
 
 namespace mvrtpfec {
 

@@ -9,8 +9,8 @@
 
 #include "framework/base/unknown.h"
 #include "framework/samples/media_sample.h"
-#include "platform/light_mutex.h"
-#include "platform/wake_count.h"
+#include "platform/threads/light_mutex.h"
+#include "platform/threads/wake_count.h"
 
 namespace mvrtpfec {
 

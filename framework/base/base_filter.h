@@ -6,8 +6,8 @@
 
 #include "framework/base/critical_section.h"
 #include "framework/base/unknown.h"
-#include "platform/light_mutex.h"
-#include "platform/media_graph.h"
+#include "platform/graph/media_graph.h"
+#include "platform/threads/light_mutex.h"
 
 namespace mvrtpfec {
 

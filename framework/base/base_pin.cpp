@@ -7,7 +7,7 @@
 #include "framework/base/enum_media_types.h"
 #include "framework/base/hand_out.h"
 #include "framework/guarded_entry.h"
-#include "platform/task_memory.h"
+#include "platform/component/task_memory.h"
 
 namespace mvrtpfec {
 

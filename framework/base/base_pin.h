@@ -10,8 +10,8 @@
 #include "framework/base/critical_section.h"
 #include "framework/base/media_type.h"
 #include "framework/base/unknown.h"
-#include "platform/light_mutex.h"
-#include "platform/media_filters.h"
+#include "platform/graph/media_filters.h"
+#include "platform/threads/light_mutex.h"
 
 namespace mvrtpfec {
 

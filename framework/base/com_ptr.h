@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/com_ptr.h"
+#include "platform/component/com_ptr.h"
 
 namespace mvrtpfec {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/turn_taking.h"
+#include "platform/threads/turn_taking.h"
 
 namespace mvrtpfec {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "framework/base/unknown.h"
-#include "platform/media_filters.h"
+#include "platform/graph/media_filters.h"
 
 namespace mvrtpfec {
 

@@ -4,7 +4,7 @@
 #include <new>
 #include <utility>
 
-#include "platform/task_memory.h"
+#include "platform/component/task_memory.h"
 
 namespace mvrtpfec {
 

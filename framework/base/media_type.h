@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/media_type.h"
+#include "platform/graph/media_type.h"
 
 namespace mvrtpfec {
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdio>
 
-#include "platform/ansi_text.h"
+#include "platform/text/ansi_text.h"
 #include "platform/wide_literal.h"
 
 namespace mvrtpfec {

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "framework/registration/factory_template.h"
-#include "platform/registration_system.h"
+#include "platform/module/registration_system.h"
 
 namespace mvrtpfec {
 

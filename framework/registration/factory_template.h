@@ -3,7 +3,7 @@
 #include <span>
 
 #include "framework/base/unknown.h"
-#include "platform/filter_mapper.h"
+#include "platform/module/filter_mapper.h"
 
 namespace mvrtpfec {
 

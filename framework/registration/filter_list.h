@@ -3,7 +3,7 @@
 #include <span>
 
 #include "framework/registration/factory_template.h"
-#include "platform/registration_system.h"
+#include "platform/module/registration_system.h"
 
 namespace mvrtpfec {
 

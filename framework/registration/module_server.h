@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/component.h"
-#include "platform/module_system.h"
+#include "platform/component/component.h"
+#include "platform/module/module_system.h"
 
 namespace mvrtpfec {
 

@@ -5,7 +5,7 @@
 
 #include "framework/registration/class_keys.h"
 #include "framework/registration/filter_list.h"
-#include "platform/ansi_text.h"
+#include "platform/text/ansi_text.h"
 
 namespace mvrtpfec {
 

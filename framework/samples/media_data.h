@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "framework/samples/metadata_records.h"
-#include "platform/media_samples.h"
+#include "platform/graph/media_samples.h"
 
 namespace mvrtpfec {
 

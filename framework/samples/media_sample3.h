@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/media_samples.h"
+#include "platform/graph/media_samples.h"
 
 namespace mvrtpfec {
 

@@ -1,7 +1,7 @@
 #include "framework/sync/sync_input_pin.h"
 
 #include "framework/base/base_filter.h"
-#include "platform/media_graph.h"
+#include "platform/graph/media_graph.h"
 
 namespace mvrtpfec {
 

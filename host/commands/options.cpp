@@ -10,7 +10,7 @@
 #include "host/commands/commands.h"
 #include "host/io/file_error.h"
 #include "host/plan/matrix_presets.h"
-#include "platform/utf8_path.h"
+#include "platform/files/utf8_path.h"
 
 namespace mvrtpfec {
 

@@ -17,7 +17,7 @@
 #include "host/media/picture_closer.h"
 #include "host/media/session_file.h"
 #include "host/media/unit_clock.h"
-#include "platform/utf8_path.h"
+#include "platform/files/utf8_path.h"
 #include "rtp_media/chain/rtp_packet_builder.h"
 
 namespace mvrtpfec {

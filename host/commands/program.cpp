@@ -7,8 +7,8 @@
 #include <fmt/format.h>
 
 #include "host/commands/commands.h"
-#include "platform/signals.h"
-#include "platform/terminal.h"
+#include "platform/process/signals.h"
+#include "platform/process/terminal.h"
 
 namespace mvrtpfec {
 

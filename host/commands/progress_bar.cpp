@@ -6,7 +6,7 @@
 
 #include <fmt/format.h>
 
-#include "platform/terminal.h"
+#include "platform/process/terminal.h"
 
 namespace mvrtpfec {
 

@@ -14,7 +14,7 @@
 #include "host/io/packet_sink.h"
 #include "host/io/packet_source.h"
 #include "host/log/program_log.h"
-#include "platform/utf8_path.h"
+#include "platform/files/utf8_path.h"
 
 namespace mvrtpfec {
 

@@ -23,7 +23,7 @@
 #include "host/log/program_log.h"
 #include "host/net/endpoint.h"
 #include "host/stages/repair_chain.h"
-#include "platform/signals.h"
+#include "platform/process/signals.h"
 
 namespace mvrtpfec {
 

@@ -15,7 +15,7 @@
 #include "host/log/program_log.h"
 #include "host/stages/repair_chain.h"
 #include "host/stages/repaired_output.h"
-#include "platform/utf8_path.h"
+#include "platform/files/utf8_path.h"
 
 namespace mvrtpfec {
 

@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "platform/process.h"
+#include "platform/process/process.h"
 
 namespace mvrtpfec {
 

@@ -7,7 +7,7 @@
 #include "host/commands/commands.h"
 #include "host/commands/options.h"
 #include "host/commands/sample_file.h"
-#include "platform/utf8_path.h"
+#include "platform/files/utf8_path.h"
 #include "selftest/rtp_packet_builder_tester.h"
 #include "selftest/suites.h"
 

@@ -15,7 +15,7 @@
 #include "host/live/stream_writers.h"
 #include "host/log/program_log.h"
 #include "host/plan/matrix_plan.h"
-#include "platform/signals.h"
+#include "platform/process/signals.h"
 
 namespace mvrtpfec {
 

@@ -19,7 +19,7 @@
 #include "host/stages/repair_chain.h"
 #include "host/stages/repaired_output.h"
 #include "host/stages/sent_history.h"
-#include "platform/utf8_path.h"
+#include "platform/files/utf8_path.h"
 
 namespace mvrtpfec {
 

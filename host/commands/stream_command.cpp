@@ -17,8 +17,8 @@
 #include "host/stream/steady_clock.h"
 #include "host/stream/stream_input.h"
 #include "host/stream/udp_output.h"
-#include "platform/signals.h"
-#include "platform/utf8_path.h"
+#include "platform/files/utf8_path.h"
+#include "platform/process/signals.h"
 #include "rtp_media/send/rtp_scheduler.h"
 
 namespace mvrtpfec {

@@ -8,7 +8,7 @@
 
 #include "host/commands/commands.h"
 #include "host/net/endpoint.h"
-#include "platform/utf8_path.h"
+#include "platform/files/utf8_path.h"
 
 namespace mvrtpfec {
 

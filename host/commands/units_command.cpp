@@ -12,7 +12,7 @@
 #include "host/commands/unit_report.h"
 #include "host/io/file_error.h"
 #include "host/media/unit_clock.h"
-#include "platform/utf8_path.h"
+#include "platform/files/utf8_path.h"
 
 namespace mvrtpfec {
 

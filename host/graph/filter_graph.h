@@ -5,8 +5,8 @@
 
 #include "framework/base/com_ptr.h"
 #include "host/graph/module_filters.h"
-#include "platform/component_runtime.h"
-#include "platform/media_graph.h"
+#include "platform/component/component_runtime.h"
+#include "platform/graph/media_graph.h"
 
 namespace mvrtpfec {
 

@@ -6,9 +6,9 @@
 #include "host/graph/graph_error.h"
 #include "mvrtpfec/rtp_fec_filter.h"
 #include "mvrtpfec/rtp_fec_in.h"
-#include "platform/component_runtime.h"
-#include "platform/process.h"
-#include "platform/utf8_path.h"
+#include "platform/component/component_runtime.h"
+#include "platform/files/utf8_path.h"
+#include "platform/process/process.h"
 
 namespace mvrtpfec {
 

@@ -5,8 +5,8 @@
 
 #include "framework/base/com_ptr.h"
 #include "host/graph/matrix_config.h"
-#include "platform/loaded_module.h"
-#include "platform/media_filters.h"
+#include "platform/graph/media_filters.h"
+#include "platform/module/loaded_module.h"
 
 namespace mvrtpfec {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <system_error>
 
-#include "platform/utf8_path.h"
+#include "platform/files/utf8_path.h"
 
 namespace mvrtpfec {
 

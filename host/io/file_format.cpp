@@ -3,7 +3,7 @@
 #include <string>
 
 #include "host/io/file_error.h"
-#include "platform/utf8_path.h"
+#include "platform/files/utf8_path.h"
 
 namespace mvrtpfec {
 

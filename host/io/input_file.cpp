@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "host/io/file_error.h"
-#include "platform/files.h"
+#include "platform/files/files.h"
 
 namespace mvrtpfec {
 

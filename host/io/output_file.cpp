@@ -10,9 +10,9 @@
 #include <utility>
 
 #include "host/io/file_error.h"
-#include "platform/files.h"
-#include "platform/process.h"
-#include "platform/utf8_path.h"
+#include "platform/files/files.h"
+#include "platform/files/utf8_path.h"
+#include "platform/process/process.h"
 
 namespace mvrtpfec {
 

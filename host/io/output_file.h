@@ -13,7 +13,7 @@ namespace mvrtpfec {
 ///
 /// Writes are gathered in a buffer. Every failure is a FileError that names the file asked for and the
 /// system's reason; for a closed pipe or a file size limit too where the process ignores their signals
-/// (platform/signals.h). A killed process leaves its temporary file. One thread.
+/// (platform/process/signals.h). A killed process leaves its temporary file. One thread.
 class OutputFile {
 public:
     explicit OutputFile(std::filesystem::path path);

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "host/live/looped_ts_reader.h"
-#include "platform/files.h"
+#include "platform/files/files.h"
 
 namespace mvrtpfec {
 

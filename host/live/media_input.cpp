@@ -3,7 +3,7 @@
 #include "host/live/file_media_input.h"
 #include "host/live/udp_media_input.h"
 #include "host/net/endpoint.h"
-#include "platform/utf8_path.h"
+#include "platform/files/utf8_path.h"
 
 namespace mvrtpfec {
 

@@ -10,7 +10,7 @@
 #include "host/io/output_file.h"
 #include "host/net/endpoint.h"
 #include "host/net/packet_writer.h"
-#include "platform/utf8_path.h"
+#include "platform/files/utf8_path.h"
 
 namespace mvrtpfec {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/signals.h"
+#include "platform/process/signals.h"
 
 namespace mvrtpfec {
 

@@ -6,8 +6,8 @@
 #include <nlohmann/json.hpp>
 
 #include "host/io/file_error.h"
-#include "platform/files.h"
-#include "platform/terminal.h"
+#include "platform/files/files.h"
+#include "platform/process/terminal.h"
 
 namespace mvrtpfec {
 

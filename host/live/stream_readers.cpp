@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/datagrams.h"
+#include "platform/net/datagrams.h"
 
 namespace mvrtpfec {
 

@@ -11,7 +11,7 @@
 #include <fmt/format.h>
 
 #include "host/net/endpoint.h"
-#include "platform/utf8_path.h"
+#include "platform/files/utf8_path.h"
 #include "support/log/console_sink.h"
 #include "support/log/file_sink.h"
 #include "support/log/network_sink.h"

@@ -1,6 +1,6 @@
 #include "host/net/packet_reader.h"
 
-#include "platform/datagrams.h"
+#include "platform/net/datagrams.h"
 
 namespace mvrtpfec {
 

@@ -6,7 +6,7 @@
 
 #include <asio/ip/udp.hpp>
 
-#include "platform/datagrams.h"
+#include "platform/net/datagrams.h"
 
 namespace mvrtpfec {
 

@@ -6,7 +6,7 @@
 #include <asio/ip/unicast.hpp>
 
 #include "host/commands/commands.h"
-#include "platform/multicast.h"
+#include "platform/net/multicast.h"
 
 namespace mvrtpfec {
 

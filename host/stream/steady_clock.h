@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "platform/media_filters.h"
+#include "platform/graph/media_filters.h"
 
 namespace mvrtpfec {
 

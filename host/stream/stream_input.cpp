@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "platform/signals.h"
+#include "platform/process/signals.h"
 #include "rtp_media/bits/bit_reader.h"
 #include "rtp_media/chain/sample_bytes.h"
 #include "rtp_media/h264/avc_sps.h"

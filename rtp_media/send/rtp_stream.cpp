@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/runtime_rand.h"
+#include "platform/process/runtime_rand.h"
 #include "rtp_media/send/sender_report.h"
 #include "support/com_exception.h"
 

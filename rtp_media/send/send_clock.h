@@ -4,7 +4,7 @@
 #include <functional>
 
 #include "framework/base/com_ptr.h"
-#include "platform/media_filters.h"
+#include "platform/graph/media_filters.h"
 
 namespace mvrtpfec {
 

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "platform/file_system.h"
+#include "platform/files/file_system.h"
 #include "support/string_format.h"
 
 namespace mvn {

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/file_system.h"
+#include "platform/files/file_system.h"
 #include "support/errors.h"
 
 namespace mvn {
@@ -13,8 +13,8 @@ namespace mvn {
 using FileException = ExceptionTemplate<File>;
 
 /// A path and what can be done with what stands there. Paths are narrow, with backslashes between their
-/// components on every system (platform/file_system.h). Failures throw FileException unless said otherwise
-/// and leave undone what had not been done yet; nothing is rolled back. No locking.
+/// components on every system (platform/files/file_system.h). Failures throw FileException unless said
+/// otherwise and leave undone what had not been done yet; nothing is rolled back. No locking.
 class File {
 public:
     using Visitor = std::function<void(const File& child, bool isDirectory)>;

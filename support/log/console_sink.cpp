@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdio>
 
-#include "platform/terminal.h"
+#include "platform/process/terminal.h"
 
 namespace mvn::log {
 

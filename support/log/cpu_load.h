@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "platform/system_figures.h"
+#include "platform/process/system_figures.h"
 
 namespace mvn::log {
 

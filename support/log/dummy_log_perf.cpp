@@ -1,6 +1,6 @@
 #include "support/log/dummy_log_perf.h"
 
-#include "platform/debug_output.h"
+#include "platform/process/debug_output.h"
 #include "support/log/log_message.h"
 
 namespace mvn::log {

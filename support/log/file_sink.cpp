@@ -6,8 +6,8 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/files.h"
-#include "platform/utf8_path.h"
+#include "platform/files/files.h"
+#include "platform/files/utf8_path.h"
 
 namespace mvn::log {
 

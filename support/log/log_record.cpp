@@ -3,7 +3,7 @@
 #include <array>
 #include <chrono>
 
-#include "platform/local_time.h"
+#include "platform/process/local_time.h"
 #include "support/string_format.h"
 
 namespace mvn::log {

@@ -5,7 +5,7 @@
 #include <mutex>
 #include <optional>
 
-#include "platform/sync.h"
+#include "platform/threads/sync.h"
 #include "support/log/log_record.h"
 
 namespace mvn::log {

@@ -4,7 +4,7 @@
 #include <array>
 #include <utility>
 
-#include "platform/local_time.h"
+#include "platform/process/local_time.h"
 #include "support/string_format.h"
 
 namespace mvn::log {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/socket.h"
+#include "platform/net/socket.h"
 #include "support/log/log_sink.h"
 
 namespace mvn::log {

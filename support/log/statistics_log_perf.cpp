@@ -4,7 +4,7 @@
 #include <cstdarg>
 #include <utility>
 
-#include "platform/sync.h"
+#include "platform/threads/sync.h"
 #include "support/log/log_message.h"
 
 namespace mvn::log {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "mvrtpfec/log_perf.h"
-#include "platform/system_figures.h"
+#include "platform/process/system_figures.h"
 #include "support/log/cpu_load.h"
 #include "support/log/log_sink.h"
 #include "support/log/restart_watchdog.h"

@@ -11,7 +11,7 @@
 #include "framework/base/mem_allocator.h"
 #include "mvrtpfec/rtp_fec_filter.h"
 #include "mvrtpfec/rtp_fec_in.h"
-#include "platform/task_memory.h"
+#include "platform/component/task_memory.h"
 #include "platform/wide_literal.h"
 #include "receiver/rtp_fec_in.h"
 #include "sender/rtp_fec_filter.h"

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "platform/sync.h"
+#include "platform/threads/sync.h"
 
 namespace mvrtpfec {
 

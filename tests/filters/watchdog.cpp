@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "platform/blocked_threads.h"
+#include "platform/threads/blocked_threads.h"
 
 namespace mvrtpfec {
 

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "framework/base/mem_allocator.h"
-#include "platform/task_memory.h"
+#include "platform/component/task_memory.h"
 #include "platform/wide_literal.h"
 #include "tests/framework/test_filters.h"
 

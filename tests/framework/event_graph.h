@@ -1,7 +1,7 @@
 #pragma once
 
 #include "framework/base/unknown.h"
-#include "platform/media_graph.h"
+#include "platform/graph/media_graph.h"
 
 namespace mvrtpfec {
 

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "framework/base/media_type.h"
-#include "platform/media_samples.h"
+#include "platform/graph/media_samples.h"
 
 namespace mvrtpfec::testing {
 

@@ -10,8 +10,8 @@
 #include "framework/base/base_filter.h"
 #include "framework/sync/sync_input_pin.h"
 #include "framework/sync/sync_output_pin.h"
-#include "platform/component_runtime.h"
-#include "platform/media_graph.h"
+#include "platform/component/component_runtime.h"
+#include "platform/graph/media_graph.h"
 #include "platform/wide_literal.h"
 
 namespace mvrtpfec {

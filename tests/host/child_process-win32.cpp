@@ -1,8 +1,8 @@
 #include <array>
 #include <stdexcept>
 
+#include "platform/files/utf8_path.h"
 #include "platform/types.h"
-#include "platform/utf8_path.h"
 #include "tests/host/child_process.h"
 
 namespace mvrtpfec {

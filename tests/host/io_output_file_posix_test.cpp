@@ -4,7 +4,7 @@
 #include <unistd.h>
 
 #include "host/io/output_file.h"
-#include "platform/signals.h"
+#include "platform/process/signals.h"
 #include "tests/host/io_test_files.h"
 
 namespace mvrtpfec {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "host/io/output_file.h"
-#include "platform/files.h"
+#include "platform/files/files.h"
 #include "tests/host/io_test_files.h"
 
 namespace mvrtpfec {

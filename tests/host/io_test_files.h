@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "host/io/file_error.h"
-#include "platform/process.h"
+#include "platform/process/process.h"
 
 namespace mvrtpfec {
 

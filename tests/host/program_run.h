@@ -4,7 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "platform/process.h"
+#include "platform/process/process.h"
 #include "tests/host/child_process.h"
 #include "tests/host/io_test_files.h"
 

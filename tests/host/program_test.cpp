@@ -6,7 +6,7 @@
 
 #include "host/io/packet_sink.h"
 #include "host/io/packet_source.h"
-#include "platform/utf8_path.h"
+#include "platform/files/utf8_path.h"
 #include "tests/host/program_run.h"
 
 namespace mvrtpfec {

@@ -5,7 +5,7 @@
 
 #include "core/fec_packet.h"
 #include "core/serial_distance.h"
-#include "platform/runtime_rand.h"
+#include "platform/process/runtime_rand.h"
 
 namespace mvrtpfec::reference {
 

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/blocked_threads.h"
+#include "platform/threads/blocked_threads.h"
 #include "tests/platform/owned_handle.h"
 
 namespace platform {

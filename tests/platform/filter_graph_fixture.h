@@ -7,8 +7,8 @@
 #include <gtest/gtest.h>
 
 #include "framework/base/com_ptr.h"
-#include "platform/component_runtime.h"
-#include "platform/media_graph.h"
+#include "platform/component/component_runtime.h"
+#include "platform/graph/media_graph.h"
 #include "tests/platform/journal_filter.h"
 
 namespace mvrtpfec {

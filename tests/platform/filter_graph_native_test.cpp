@@ -3,7 +3,7 @@
 #include <limits>
 #include <thread>
 
-#include "platform/sync.h"
+#include "platform/threads/sync.h"
 #include "tests/platform/filter_graph_fixture.h"
 
 namespace mvrtpfec {

@@ -1,6 +1,6 @@
 #include <thread>
 
-#include "platform/sync.h"
+#include "platform/threads/sync.h"
 #include "platform/wide_literal.h"
 #include "tests/platform/filter_graph_fixture.h"
 

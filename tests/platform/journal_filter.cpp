@@ -1,6 +1,6 @@
 #include "tests/platform/journal_filter.h"
 
-#include "platform/media_graph.h"
+#include "platform/graph/media_graph.h"
 #include "platform/wide_literal.h"
 
 namespace mvrtpfec {

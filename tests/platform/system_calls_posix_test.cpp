@@ -7,7 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "platform/sanitizers-posix.h"
+#include "platform/threads/sanitizers-posix.h"
 #include "tests/platform/owned_handle.h"
 
 namespace platform {

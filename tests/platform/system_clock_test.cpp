@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "platform/com_ptr.h"
-#include "platform/component_runtime.h"
-#include "platform/media_graph.h"
-#include "platform/sync.h"
+#include "platform/component/com_ptr.h"
+#include "platform/component/component_runtime.h"
+#include "platform/graph/media_graph.h"
+#include "platform/threads/sync.h"
 
 namespace platform {
 

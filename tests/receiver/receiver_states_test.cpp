@@ -1,6 +1,6 @@
 #include <future>
 
-#include "platform/task_memory.h"
+#include "platform/component/task_memory.h"
 #include "platform/wide_literal.h"
 #include "tests/receiver/receiver_fixture.h"
 

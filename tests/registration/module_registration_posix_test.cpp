@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/loaded_module.h"
-#include "platform/process.h"
+#include "platform/module/loaded_module.h"
+#include "platform/process/process.h"
 
 // Where nothing of the system's is written to: natively a module registers itself in its own memory.
 

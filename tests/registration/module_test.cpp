@@ -5,10 +5,10 @@
 
 #include "mvrtpfec/rtp_fec_filter.h"
 #include "mvrtpfec/rtp_fec_in.h"
-#include "platform/com_ptr.h"
-#include "platform/filter_mapper.h"
-#include "platform/loaded_module.h"
-#include "platform/process.h"
+#include "platform/component/com_ptr.h"
+#include "platform/module/filter_mapper.h"
+#include "platform/module/loaded_module.h"
+#include "platform/process/process.h"
 #include "tests/registration/footprint.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "framework/registration/class_keys.h"
-#include "platform/ansi_text.h"
+#include "platform/text/ansi_text.h"
 #include "tests/registration/trial_registration.h"
 
 // The module's own table is linked in, so that what it says is tested with what is done with it.

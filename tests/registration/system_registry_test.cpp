@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/registration_system.h"
+#include "platform/module/registration_system.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/memory_registration.h"
+#include "platform/module/memory_registration.h"
 
 namespace trial {
 

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "platform/runtime_rand.h"
+#include "platform/process/runtime_rand.h"
 
 namespace mvrtpfec {
 

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/debug_output.h"
+#include "platform/process/debug_output.h"
 #include "support/log/dummy_log_perf.h"
 #include "support/log/smart_log_perf.h"
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/error_text.h"
+#include "platform/component/error_text.h"
 #include "support/com_exception.h"
 #include "support/error_table.h"
 

@@ -10,7 +10,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "platform/system_figures.h"
+#include "platform/process/system_figures.h"
 #include "support/log/file_sink.h"
 #include "support/log/network_sink.h"
 #include "support/log/queued_logger.h"

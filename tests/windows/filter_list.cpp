@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/com_ptr.h"
-#include "platform/component_runtime.h"
+#include "platform/component/com_ptr.h"
+#include "platform/component/component_runtime.h"
 
 namespace mvrtpfec {
 

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/filter_mapper.h"
+#include "platform/module/filter_mapper.h"
 
 namespace mvrtpfec {
 

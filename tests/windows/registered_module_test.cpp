@@ -7,9 +7,9 @@
 #include "mvrtpfec/rtp_fec_filter.h"
 #include "mvrtpfec/rtp_fec_in.h"
 #include "mvrtpfec/rtp_media_type.h"
-#include "platform/com_ptr.h"
-#include "platform/component_runtime.h"
-#include "platform/process.h"
+#include "platform/component/com_ptr.h"
+#include "platform/component/component_runtime.h"
+#include "platform/process/process.h"
 #include "tests/windows/filter_list.h"
 
 // After `regsvr32 MVRtpFec.ax` the suite RegisteredModule holds, after `regsvr32 /u` UnregisteredModule.

@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-#include "platform/media_filters.h"
+#include "platform/graph/media_filters.h"
 #include "rtp_media/send/rtp_scheduler.h"
 
 namespace mvrtpfec::test {

@@ -1,0 +1,71 @@
+#include <system_error>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "platform/files/files.h"
+
+namespace platform {
+
+namespace fs = std::filesystem;
+
+std::FILE* openForReading(const fs::path& path) noexcept {
+    return std::fopen(path.c_str(), "rbe");  // NOLINT(cppcoreguidelines-owning-memory)
+}
+
+std::int64_t positionOf(std::FILE* stream) noexcept {
+    return ftello(stream);
+}
+
+std::FILE* standardInput() noexcept {
+    return fdopen(duplicateDescriptor(STDIN_FILENO), "rb");
+}
+
+std::FILE* standardOutput() noexcept {
+    return fdopen(duplicateDescriptor(STDOUT_FILENO), "wb");
+}
+
+std::FILE* createText(const fs::path& path) noexcept {
+    return std::fopen(path.c_str(), "wbe");  // NOLINT(cppcoreguidelines-owning-memory)
+}
+
+int openForWriting(const fs::path& path) noexcept {
+    return open(path.c_str(), O_WRONLY | O_CLOEXEC);
+}
+
+int createForWriting(const fs::path& path) noexcept {
+    return open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+}
+
+int openForAppending(const fs::path& path, bool emptied) noexcept {
+    return open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | (emptied ? O_TRUNC : 0), 0666);
+}
+
+int duplicateDescriptor(int descriptor) noexcept {
+    return fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
+}
+
+std::ptrdiff_t writeSome(int descriptor, std::span<const std::uint8_t> bytes) noexcept {
+    return write(descriptor, bytes.data(), bytes.size());
+}
+
+bool closeDescriptor(int descriptor) noexcept {
+    return close(descriptor) == 0;
+}
+
+bool namesDevice(const fs::path& /*path*/) {
+    return false;
+}
+
+bool mayWrite(const fs::path& path) noexcept {
+    return access(path.c_str(), W_OK) == 0;
+}
+
+std::optional<fs::path> linkTarget(const fs::path& path) {
+    std::error_code error;
+    fs::path link = fs::read_symlink(path, error);
+    if (error) return std::nullopt;
+    return path.parent_path() / link;
+}
+
+}  // namespace platform

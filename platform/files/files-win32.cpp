@@ -1,0 +1,101 @@
+#include <algorithm>
+#include <climits>
+#include <memory>
+#include <string>
+
+#include <fcntl.h>
+#include <io.h>
+#include <sys/stat.h>
+
+#include "platform/files/files.h"
+#include "platform/types.h"
+
+namespace platform {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct HandleClosing {
+    using pointer = HANDLE;
+    void operator()(HANDLE handle) const noexcept { CloseHandle(handle); }
+};
+
+constexpr DWORD longestPath = 32767;
+constexpr int forWriting = _O_WRONLY | _O_BINARY | _O_NOINHERIT;
+
+}  // namespace
+
+std::FILE* openForReading(const fs::path& path) noexcept {
+    return _wfopen(path.c_str(), L"rbN");
+}
+
+std::int64_t positionOf(std::FILE* stream) noexcept {
+    return _ftelli64(stream);
+}
+
+std::FILE* standardInput() noexcept {
+    return _fdopen(duplicateDescriptor(0), "rb");
+}
+
+std::FILE* standardOutput() noexcept {
+    return _fdopen(duplicateDescriptor(1), "wb");
+}
+
+std::FILE* createText(const fs::path& path) noexcept {
+    return _wfopen(path.c_str(), L"wbN");
+}
+
+int openForWriting(const fs::path& path) noexcept {
+    return _wopen(path.c_str(), forWriting);
+}
+
+int createForWriting(const fs::path& path) noexcept {
+    return _wopen(path.c_str(), forWriting | _O_CREAT | _O_EXCL, _S_IREAD | _S_IWRITE);
+}
+
+int openForAppending(const fs::path& path, bool emptied) noexcept {
+    return _wopen(path.c_str(), forWriting | _O_CREAT | _O_APPEND | (emptied ? _O_TRUNC : 0),
+                  _S_IREAD | _S_IWRITE);
+}
+
+int duplicateDescriptor(int descriptor) noexcept {
+    return _dup(descriptor);
+}
+
+std::ptrdiff_t writeSome(int descriptor, std::span<const std::uint8_t> bytes) noexcept {
+    const std::size_t count = std::min<std::size_t>(bytes.size(), INT_MAX);
+    return _write(descriptor, bytes.data(), static_cast<unsigned>(count));
+}
+
+bool closeDescriptor(int descriptor) noexcept {
+    return _close(descriptor) == 0;
+}
+
+bool namesDevice(const fs::path& path) {
+    std::wstring full(longestPath, L'\0');
+    full.resize(GetFullPathNameW(path.c_str(), longestPath, full.data(), nullptr));
+    return full.starts_with(LR"(\\.\)");
+}
+
+bool mayWrite(const fs::path& path) noexcept {
+    constexpr int writing = 2;
+    return _waccess(path.c_str(), writing) == 0;
+}
+
+/// All the way: the system resolves links itself.
+std::optional<fs::path> linkTarget(const fs::path& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
+        return std::nullopt;
+    constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const HANDLE opened = CreateFileW(path.c_str(), 0, shareAll, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (opened == INVALID_HANDLE_VALUE) return std::nullopt;
+    const std::unique_ptr<HANDLE, HandleClosing> file(opened);
+    std::wstring target(longestPath, L'\0');
+    target.resize(GetFinalPathNameByHandleW(file.get(), target.data(), longestPath, FILE_NAME_NORMALIZED));
+    if (target.empty() || fs::path(target) == path) return std::nullopt;
+    return target;
+}
+
+}  // namespace platform

@@ -1,0 +1,24 @@
+#include <fcntl.h>
+#include <io.h>
+
+#include "platform/process/terminal.h"
+#include "platform/types.h"
+
+namespace platform {
+
+void useBinaryStandardStreams() noexcept {
+    for (int descriptor = 0; descriptor <= 2; ++descriptor) _setmode(descriptor, _O_BINARY);
+}
+
+bool isErrorTerminal() noexcept {
+    const HANDLE error = GetStdHandle(STD_ERROR_HANDLE);
+    DWORD mode = 0;
+    return GetConsoleMode(error, &mode) != 0 &&
+           SetConsoleMode(error, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+}
+
+void setTextAttribute(std::uint16_t attribute) noexcept {
+    SetConsoleTextAttribute(GetStdHandle(STD_OUTPUT_HANDLE), attribute);
+}
+
+}  // namespace platform
