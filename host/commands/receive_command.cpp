@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -71,8 +72,10 @@ public:
         while (!platform::wasInterrupted()) {
             readers_.runFor(turn_);
             chain_.passTime(std::chrono::steady_clock::now());
-            if (std::chrono::steady_clock::now() < next) continue;
-            next += interval;
+            const auto now = std::chrono::steady_clock::now();
+            if (now < next) continue;
+            // After a standstill of the machine once, not for every interval of it.
+            next = std::max(next, now - interval) + interval;
             tell();
         }
         chain_.finish();

@@ -23,7 +23,7 @@ std::vector<Counter> countersOf(const ReceptionTotals& totals) {
          reception.foreign + guard.foreign + totals.tooLong},
         {"overrun_datagrams", "Datagrams that the system dropped before they were read", totals.overrun},
         {"refused_datagrams", "Datagrams of the output that the system did not send", totals.refused},
-        {"source_restarts", "Times that the source began anew", reception.restarts},
+        {"source_restarts", "Times that the source began anew", totals.restarts()},
         {"decoder_resets", "Decoders replaced", receiver.resets},
     };
 }

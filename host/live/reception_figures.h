@@ -18,6 +18,9 @@ struct ReceptionTotals {
     std::uint64_t refused = 0;      ///< datagrams of the output that the system did not send
     std::uint64_t notTurned = 0;    ///< standard FEC packets that could not be turned into ours
     std::uint64_t overrun = 0;      ///< datagrams that the system dropped because nobody read them in time
+
+    /// Times that the source began anew: as the guard judges, which a stray packet doesn't deceive.
+    std::uint64_t restarts() const { return repair.guard ? repair.guard->restarts : reception.restarts; }
 };
 
 /// One of them under the name it has outside, whose end is its unit.

@@ -31,7 +31,7 @@ void ReceptionLog::note(const ReceptionTotals& totals, SteadyTime now) {
     static_assert(texts.size() == eventCount);
     noteMatrix(totals.reception);
     noteSilence(totals.reception.media, now);
-    noteCount(restarts, totals.reception.restarts, 1, now);
+    noteCount(restarts, totals.restarts(), 1, now);
     noteCount(losses, totals.lostForGood, 1, now);
     if (totals.repair.guard) noteCount(repeats, totals.repair.guard->repeated, manyRepeats, now);
     noteCount(overruns, totals.overrun, 1, now);

@@ -119,6 +119,7 @@ TEST(ReceptionLogTest, TellsOnceAndNotTooOften) {
     EXPECT_EQ(note(30s), Expected());
     ++totals.reception.media;
     totals.repair.guard.emplace();
+    totals.repair.guard->restarts = 300;
     totals.repair.guard->repeated = 99;
     EXPECT_EQ(note(1s), Expected{"1 media come again after 33 s"});
     totals.repair.guard->repeated = 100;
