@@ -7,6 +7,7 @@
 
 #include "host/commands/commands.h"
 #include "platform/net/multicast.h"
+#include "platform/net/socket.h"
 
 namespace mvrtpfec {
 
@@ -54,8 +55,7 @@ Udp::socket openReceiver(asio::io_context& context, const Udp::endpoint& local,
     const bool isGroup = local.address().is_multicast();
     if (!isGroup && options.source) throw UsageError("a source can be chosen of a group alone");
     Udp::socket socket(context, local.protocol());
-    asio::error_code ignored;
-    socket.set_option(asio::socket_base::receive_buffer_size(receiveBuffer), ignored);
+    platform::setReceiveBuffer(handleOf(socket), receiveBuffer);
     if (isGroup) socket.set_option(asio::socket_base::reuse_address(true));
     socket.bind(local);
     if (isGroup) join(socket, local, options);

@@ -17,6 +17,12 @@ bool setTrafficClass(SocketHandle socket, bool isIpv6, int value) noexcept {
                       isIpv6 ? IPV6_TCLASS : IP_TOS, &value, sizeof value) == 0;
 }
 
+void setReceiveBuffer(SocketHandle socket, int bytes) noexcept {
+    const int descriptor = static_cast<int>(socket);
+    if (setsockopt(descriptor, SOL_SOCKET, SO_RCVBUFFORCE, &bytes, sizeof bytes) != 0)
+        setsockopt(descriptor, SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes);
+}
+
 std::error_code lastSocketError() noexcept {
     return {errno, std::system_category()};
 }

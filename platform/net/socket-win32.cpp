@@ -16,6 +16,11 @@ bool setTrafficClass(SocketHandle socket, bool isIpv6, int value) noexcept {
                       isIpv6 ? IPV6_TCLASS : IP_TOS, bytes, sizeof value) == 0;
 }
 
+void setReceiveBuffer(SocketHandle socket, int bytes) noexcept {
+    setsockopt(static_cast<SOCKET>(socket), SOL_SOCKET, SO_RCVBUF, reinterpret_cast<const char*>(&bytes),
+               sizeof bytes);
+}
+
 std::error_code lastSocketError() noexcept {
     return {WSAGetLastError(), std::system_category()};
 }

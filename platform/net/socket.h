@@ -16,6 +16,10 @@ bool sendWhole(SocketHandle socket, const char* bytes, std::size_t count) noexce
 /// system refuses.
 bool setTrafficClass(SocketHandle socket, bool isIpv6, int value) noexcept;
 
+/// Asks for room for so many bytes that wait to be read; the system may grant less, and more to a privileged
+/// program.
+void setReceiveBuffer(SocketHandle socket, int bytes) noexcept;
+
 /// Why the last call for a socket on this thread failed.
 std::error_code lastSocketError() noexcept;
 
