@@ -192,6 +192,7 @@ void MediaOrderer::restartWith(std::unique_ptr<RtpPacket> packet) {
     handedOn_ = {};
     leftOutInARow_ = 0;
     afterHole_ = false;
+    hole_ = 0;
     collecting_ = true;
     collected_.push_back(std::exchange(stray_, nullptr));
     push(std::move(packet));
@@ -227,8 +228,10 @@ void MediaOrderer::step() {
     if (!packet) {
         handedOn_.erase(number);
         afterHole_ = true;
+        figures_.longestHole = std::max(figures_.longestHole, ++hole_);
         return;
     }
+    hole_ = 0;
     --held_;
     handedOn_.insert(number);
     timestamps_[number % lateZone] = packet->view.timestamp();

@@ -29,10 +29,11 @@ public:
         std::function<void()> restart;
     };
     struct Figures {
-        std::uint64_t late = 0;      ///< came after their number was given up
-        std::uint64_t repeated = 0;  ///< same number as a packet handed on or held
-        std::uint64_t stray = 0;     ///< far off or of another source, and nothing followed
-        std::uint64_t holes = 0;     ///< runs of missing numbers given up
+        std::uint64_t late = 0;         ///< came after their number was given up
+        std::uint64_t repeated = 0;     ///< same number as a packet handed on or held
+        std::uint64_t stray = 0;        ///< far off or of another source, and nothing followed
+        std::uint64_t holes = 0;        ///< runs of missing numbers given up
+        std::uint64_t longestHole = 0;  ///< numbers
         std::uint64_t restarts = 0;
     };
 
@@ -93,6 +94,7 @@ private:
     std::size_t head_ = 0;
     std::size_t held_ = 0;
     bool afterHole_ = false;
+    std::uint64_t hole_ = 0;  ///< numbers given up in a row
     SequenceSet handedOn_;
     std::vector<std::uint32_t> timestamps_;  ///< of the packets handed on last, by number
     int reach_ = 0;                          ///< how far behind a packet may belong to this run

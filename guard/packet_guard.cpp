@@ -61,9 +61,14 @@ void PacketGuard::flush() {
 
 GuardFigures PacketGuard::figures() const {
     const MediaOrderer::Figures& media = orderer_.figures();
-    return {media.late,   media.repeated + repeatedFec_, media.holes,
-            fecKeptBack_, media.stray + foreign_,        media.restarts,
-            refed_};
+    return {.late = media.late,
+            .repeated = media.repeated + repeatedFec_,
+            .holesSkipped = media.holes,
+            .longestHole = media.longestHole,
+            .fecKeptBack = fecKeptBack_,
+            .foreign = media.stray + foreign_,
+            .restarts = media.restarts,
+            .refed = refed_};
 }
 
 void PacketGuard::pushFec(std::unique_ptr<RtpPacket> fec) {

@@ -21,6 +21,15 @@ std::uint64_t parseBitRate(const std::string& text) {
     return static_cast<std::uint64_t>(rate);
 }
 
+void addMarkOptions(CLI::App& command, SendingOptions& options) {
+    command.add_option("--ttl", options.ttl, "Hops that datagrams live")
+        ->check(CLI::Range(1, 255))
+        ->type_name("N");
+    command.add_option("--dscp", options.dscp, "Class of service, 0 to 63")
+        ->check(CLI::Range(0, 63))
+        ->type_name("N");
+}
+
 }  // namespace
 
 void addBitRateOption(CLI::App& command, std::optional<std::uint64_t>& bitRate) {
@@ -35,17 +44,18 @@ void addBitRateOption(CLI::App& command, std::optional<std::uint64_t>& bitRate) 
 
 void addSendingOptions(CLI::App& command, SendingOptions& options) {
     constexpr int mostSourcePort = 65531;
-    command.add_option("--ttl", options.ttl, "Hops that datagrams live")
-        ->check(CLI::Range(1, 255))
-        ->type_name("N");
+    addMarkOptions(command, options);
     command.add_option("--interface", options.interfaceName, "Network interface for groups")->type_name("IF");
     command
         .add_option("--source-port", options.sourcePort, "Port of the media's sender; FEC two and four above")
         ->check(CLI::Range(1, mostSourcePort))
         ->type_name("N");
-    command.add_option("--dscp", options.dscp, "Class of service, 0 to 63")
-        ->check(CLI::Range(0, 63))
-        ->type_name("N");
+}
+
+void addOnwardOptions(CLI::App& command, SendingOptions& options) {
+    addMarkOptions(command, options);
+    command.add_option("--output-interface", options.interfaceName, "Network interface for groups sent to")
+        ->type_name("IF");
 }
 
 void addReceivingOptions(CLI::App& command, ReceivingOptions& options) {

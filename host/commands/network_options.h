@@ -15,6 +15,8 @@ namespace mvrtpfec {
 void addBitRateOption(CLI::App& command, std::optional<std::uint64_t>& bitRate);
 /// --ttl, --interface, --source-port and --dscp.
 void addSendingOptions(CLI::App& command, SendingOptions& options);
+/// --output-interface, --ttl and --dscp, of a stream that goes on.
+void addOnwardOptions(CLI::App& command, SendingOptions& options);
 /// --interface and --source.
 void addReceivingOptions(CLI::App& command, ReceivingOptions& options);
 

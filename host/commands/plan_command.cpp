@@ -129,7 +129,10 @@ void addPlanCommand(CLI::App& app) {
                      "FEC packets for a hundred media packets at most")
         ->check(CLI::Range(1.0, 100.0))
         ->type_name("PCT");
-    command->add_option("--lines", options->lines, "Matrices to show")->capture_default_str()->type_name("N");
+    command->add_option("--lines", options->lines, "Matrices to show")
+        ->check(CLI::Range(std::size_t{1}, std::size_t{1000}))
+        ->capture_default_str()
+        ->type_name("N");
     addPath(*command, "--trace", options->trace,
             "Capture of a stream: what it lost, instead of a channel with --loss and --burst")
         ->excludes("--loss")

@@ -2,11 +2,13 @@
 
 #include <cstdio>
 #include <exception>
+#include <string>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "host/commands/commands.h"
+#include "host/io/standard_error.h"
 #include "platform/process/signals.h"
 #include "platform/process/terminal.h"
 
@@ -17,7 +19,7 @@ namespace {
 enum ExitStatus : int { done = 0, failed = 1, wrongUsage = 2, lostPackets = 3 };
 
 int complain(const char* what, ExitStatus status) {
-    fmt::print(stderr, "mvrtpfec: {}\n", what);
+    tellPerson("mvrtpfec: " + std::string(what) + "\n");
     return status;
 }
 

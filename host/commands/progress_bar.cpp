@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "host/io/standard_error.h"
 #include "platform/process/terminal.h"
 
 namespace mvrtpfec {
@@ -30,9 +31,8 @@ void ProgressBar::look(double share) {
     next_ = now + interval;
     shown_ = true;
     const int filled = static_cast<int>(std::clamp(share, 0.0, 1.0) * width);
-    fmt::print(stderr, "\r[{}{}] {:3.0f} %", std::string(static_cast<std::size_t>(filled), '#'),
-               std::string(static_cast<std::size_t>(width - filled), '.'), share * 100);
-    std::fflush(stderr);
+    tellPerson(fmt::format("\r[{}{}] {:3.0f} %", std::string(static_cast<std::size_t>(filled), '#'),
+                           std::string(static_cast<std::size_t>(width - filled), '.'), share * 100));
 }
 
 }  // namespace mvrtpfec

@@ -24,6 +24,7 @@
 #include "host/log/program_log.h"
 #include "host/net/endpoint.h"
 #include "host/stages/repair_chain.h"
+#include "platform/files/utf8_path.h"
 #include "platform/process/signals.h"
 
 namespace mvrtpfec {
@@ -69,17 +70,27 @@ public:
         const auto interval = std::chrono::duration_cast<std::chrono::milliseconds>(
             std::chrono::duration<double>(options_.interval));
         auto next = std::chrono::steady_clock::now() + interval;
+        auto nextLook = std::chrono::steady_clock::now() + lookInterval;
         while (!platform::wasInterrupted()) {
             readers_.runFor(turn_);
             chain_.passTime(std::chrono::steady_clock::now());
             const auto now = std::chrono::steady_clock::now();
+            if (now >= nextLook) {
+                nextLook = now + lookInterval;
+                look();
+            }
             if (now < next) continue;
             // After a standstill of the machine once, not for every interval of it.
             next = std::max(next, now - interval) + interval;
             tell();
         }
+        const std::chrono::nanoseconds latency = meter_.takeLatency();
         chain_.finish();
         output_->finish();
+        // What was pushed out at the end had to wait for it.
+        meter_.takeLatency();
+        look();
+        report_.interval(totals(), latency);
     }
 
     ReceptionTotals totals() {
@@ -92,15 +103,21 @@ public:
                 .overrun = readers_.overrun()};
     }
 
-    void tell() {
+private:
+    /// The log and the metrics don't wait for the next line of figures.
+    static constexpr auto lookInterval = 1s;
+
+    void look() {
         const ReceptionTotals now = totals();
-        const std::chrono::nanoseconds latency = meter_.takeLatency();
-        report_.interval(now, latency);
         log_.note(now, std::chrono::steady_clock::now());
-        if (metrics_) metrics_->publish(now, latency);
+        if (metrics_) metrics_->publish(now, latency_);
     }
 
-private:
+    void tell() {
+        latency_ = meter_.takeLatency();
+        report_.interval(totals(), latency_);
+    }
+
     void arrive(StreamPort port, std::unique_ptr<RtpPacket> packet) {
         const auto now = std::chrono::steady_clock::now();
         if (meter_.arrive(packet->view, now) && intake_.take(packet->view))
@@ -118,7 +135,8 @@ private:
     ReceptionLog log_;
     std::unique_ptr<MediaOutput> output_;
     ReceptionMeter meter_;
-    Moment moment_;  ///< live packets go out when they are free
+    std::chrono::nanoseconds latency_{0};  ///< of the last interval
+    Moment moment_;                        ///< live packets go out when they are free
     FilterGraph graph_;
     RepairChain chain_;
     StreamReaders readers_;
@@ -130,9 +148,11 @@ private:
 /// Whether every packet came out.
 bool runReceive(const ReceiveOptions& options, mvn::log::ILogPerf& log) {
     platform::ignoreHangUp();
+    if (options.output == "-" && options.json == "-")
+        throw UsageError("standard output can't be for the stream and for JSON");
+    requireDistinct(platform::pathFromUtf8(options.output), options.json);
     const auto receiving = std::make_unique<Receiving>(options, log);
     receiving->run();
-    receiving->tell();
     const ReceptionTotals totals = receiving->totals();
     logFigures(log, totals.repair);
     return totals.lostForGood == 0;
@@ -151,6 +171,7 @@ void addReceiveCommand(CLI::App& app) {
     command->add_option("OUTPUT", options->output, "A .ts file, -, udp://ADDR:PORT, rtp://ADDR:PORT or null")
         ->required();
     addReceivingOptions(*command, options->receiving);
+    addOnwardOptions(*command, options->sending);
     addGuardOptions(*command, options->guard);
     command
         ->add_option_function<double>(

@@ -11,6 +11,7 @@
 #include "host/commands/commands.h"
 #include "host/commands/network_options.h"
 #include "host/graph/channel.h"
+#include "host/io/standard_error.h"
 #include "host/live/delay_line.h"
 #include "host/live/stream_readers.h"
 #include "host/live/stream_writers.h"
@@ -60,6 +61,10 @@ public:
             delay_.letOut(std::chrono::steady_clock::now());
             writers_.flush();
         }
+        // What is under way arrives, sooner than it would have.
+        channel_.finish();
+        delay_.letOut(SteadyTime::max());
+        writers_.flush();
     }
 
     std::string text() const {
@@ -95,7 +100,7 @@ void runRelay(const RelayOptions& options, mvn::log::ILogger& log) {
     requireChannel(options.channel);
     Relay relay(options);
     relay.run();
-    fmt::print(stderr, "{}\n", relay.text());
+    tellPerson(relay.text() + "\n");
     log.Log(2, "%s", relay.text().c_str());
 }
 

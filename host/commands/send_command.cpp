@@ -10,8 +10,10 @@
 #include "host/commands/options.h"
 #include "host/graph/filter_graph.h"
 #include "host/graph/sender_branch.h"
+#include "host/io/standard_error.h"
 #include "host/live/media_input.h"
 #include "host/live/pacer.h"
+#include "host/live/sent_numbers.h"
 #include "host/live/stream_writers.h"
 #include "host/log/program_log.h"
 #include "host/plan/matrix_plan.h"
@@ -59,10 +61,11 @@ public:
     void report(mvn::log::ILogger& log) const {
         const std::string text = fmt::format(
             "sent {} media packets, {} FEC packets on FECA, {} on FECB; refused by the system {}, no media "
-            "{}, FEC of unequal packets left out {}",
+            "{}, FEC left out of unequal packets {}, over holes in the input {}",
             writers_.of(StreamPort::media).packets(), writers_.of(StreamPort::fecA).packets(),
-            writers_.of(StreamPort::fecB).packets(), writers_.refused(), input_->leftOut(), notTurned_);
-        fmt::print(stderr, "{}\n", text);
+            writers_.of(StreamPort::fecB).packets(), writers_.refused(), input_->leftOut(), notTurned_,
+            overHoles_);
+        tellPerson(text + "\n");
         log.Log(2, "%s", text.c_str());
     }
 
@@ -84,6 +87,10 @@ private:
     }
 
     void sendFec(StreamPort port, ConstRtpPacketView fec) {
+        if (!sent_.agree(fec)) {
+            ++overHoles_;
+            return;
+        }
         if (format_ == FecFormat::native) return writers_.of(port).write({fec.data, fec.length});
         RtpPacket turned(fec.data, fec.length);
         if (bridge_.toStandard(turned.view))
@@ -95,7 +102,9 @@ private:
     void send(std::unique_ptr<RtpPacket> packet) {
         bridge_.note(packet->view);
         writers_.of(StreamPort::media).write({packet->view.data, packet->view.length});
-        if (isProtectable(packet->view)) sender_.push(std::move(packet));
+        if (!packet->view.isValid() || !isProtectable(packet->view)) return;
+        sent_.note(packet->view);
+        sender_.push(std::move(packet));
     }
 
     std::unique_ptr<MediaInput> input_;
@@ -105,9 +114,21 @@ private:
     Pacer pacer_;
     FecFormat format_;
     FecFormatBridge bridge_;
+    SentNumbers sent_;
+    std::uint64_t overHoles_ = 0;  ///< FEC packets of groups with holes in the input
     std::uint64_t notTurned_ =
         0;  ///< FEC packets of media of several lengths, which standard ones can't protect
 };
+
+/// An option without effect is a mistake.
+void requireUse(const SendOptions& options) {
+    const bool isNetwork = options.input.starts_with("udp://") || options.input.starts_with("rtp://");
+    if (options.media.loop && (isNetwork || options.input == "-"))
+        throw UsageError("only a file can be looped");
+    if (options.media.bitRate && isNetwork)
+        throw UsageError("what comes over the network has its own bit rate");
+    if (options.media.source && !isNetwork) throw UsageError("a source can be chosen of a group alone");
+}
 
 /// A sender that begins anew is told from the one before (RFC 3550, sections 5.1 and 8.1).
 void beginAnywhere(MediaInputOptions& media) {
@@ -129,7 +150,7 @@ void runSend(const SendOptions& options, mvn::log::ILogger& log) {
     platform::ignoreHangUp();
     checkMatrix(options.matrix);
     Sending sending(options);
-    fmt::print(stderr, "{}\n", protectionText(options.matrix, options.media.bitRate));
+    tellPerson(protectionText(options.matrix, options.media.bitRate) + "\n");
     sending.run();
     sending.report(log);
 }
@@ -148,6 +169,12 @@ void addSendCommand(CLI::App& app) {
     addMatrixOptions(*command, options->matrix);
     addFecFormatOption(*command, options->fecFormat);
     addBitRateOption(*command, options->media.bitRate);
+    command->add_option("--source", options->media.source, "Take the input group's datagrams from ADDR alone")
+        ->type_name("ADDR");
+    command
+        ->add_option("--input-interface", options->media.interfaceName,
+                     "Network interface for an input group, where it isn't the output's")
+        ->type_name("IF");
     command->add_flag("--loop", options->media.loop, "Begin a file anew when it ends");
     addSendingOptions(*command, options->sending);
     addModuleOption(*command, options->module);
@@ -157,7 +184,9 @@ void addSendCommand(CLI::App& app) {
         "  mvrtpfec send movie.ts --to 239.1.2.3:5004 --mode both --columns 10 --rows 10 --loop\n"
         "  mvrtpfec send rtp://0.0.0.0:6000 --to 192.0.2.7:5004 --mode column --columns 5 --rows 10");
     command->callback([options] {
-        options->media.interfaceName = options->sending.interfaceName;
+        if (options->media.interfaceName.empty())
+            options->media.interfaceName = options->sending.interfaceName;
+        requireUse(*options);
         beginAnywhere(options->media);
         runLogged(options->log, "sending of " + options->input, [&](auto& log) { runSend(*options, log); });
     });

@@ -51,6 +51,10 @@ void FecIntake::tellFormat(ConstRtpPacketView fec) {
 void FecIntake::setFormat(FecFormat format) {
     format_ = format;
     others_ = 0;
+    // Two senders that take turns would fill it.
+    const auto now = std::chrono::steady_clock::now();
+    if (logged_ && now - *logged_ < std::chrono::seconds(10)) return;
+    logged_ = now;
     log_.Log(2, "the FEC packets are %s", format == FecFormat::native ? "ours" : "standard ones");
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -35,6 +36,7 @@ private:
     FecFormatBridge bridge_;
     FecTimestamps timestamps_;
     const bool isFixed_;
+    std::optional<std::chrono::steady_clock::time_point> logged_;  ///< last
     int untold_ = 0;
     int others_ = 0;  ///< FEC packets of the other format in a row
     std::uint64_t leftOut_ = 0;

@@ -104,6 +104,23 @@ void OutputFile::flush() {
     buffer_.clear();
 }
 
+bool OutputFile::isWritableWithin(std::chrono::milliseconds time) const noexcept {
+    return platform::waitUntilWritable(descriptor_, time);
+}
+
+void OutputFile::keep() noexcept {
+    try {
+        flush();
+    } catch (const std::exception&) {
+        buffer_.clear();
+    }
+    try {
+        if (descriptor_ >= 0) finish();
+    } catch (const std::exception&) {
+        // The temporary file goes with this object.
+    }
+}
+
 void OutputFile::finish() {
     flush();
     if (!platform::closeDescriptor(std::exchange(descriptor_, -1))) fail("cannot write");

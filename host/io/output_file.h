@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <span>
@@ -27,6 +28,12 @@ public:
 
     /// Writes out what is buffered.
     void flush();
+
+    /// Whether a pipe has room for what a packet needs, at the latest then; see platform::waitUntilWritable.
+    bool isWritableWithin(std::chrono::milliseconds time) const noexcept;
+
+    /// In place of finish() after a failure: what could be written takes its place.
+    void keep() noexcept;
 
     /// Writes out what is buffered and puts the file in its place. Once, as the last call.
     void finish();

@@ -28,7 +28,7 @@ std::uint32_t ticksOf(std::chrono::nanoseconds time) {
 
 FileMediaInput::FileMediaInput(const std::filesystem::path& path, const MediaInputOptions& options,
                                Clock& clock)
-    : options_(options), clock_(clock), source_(openPackets(path, options.loop)) {}
+    : options_(options), isPipe_(path == "-"), clock_(clock), source_(openPackets(path, options.loop)) {}
 
 MediaInput::Got FileMediaInput::read(DuePacket& next) {
     if (!source_.read(datagram_)) return Got::end;
@@ -50,8 +50,9 @@ void FileMediaInput::begin() {
 std::chrono::nanoseconds FileMediaInput::sinceStart() const {
     if (!options_.bitRate) return datagram_.time;
     const std::uint64_t rate = *options_.bitRate;
+    const double rest = static_cast<double>(sentBits_ % rate) / static_cast<double>(rate);
     return std::chrono::nanoseconds(sentBits_ / rate * nanosecondsPerSecond +
-                                    sentBits_ % rate * nanosecondsPerSecond / rate);
+                                    static_cast<std::uint64_t>(rest * nanosecondsPerSecond));
 }
 
 /// By the time of sending, which runs on over the rounds and over breaks of the program clock.

@@ -20,7 +20,8 @@ public:
                    Clock& clock = systemClock());
 
     Got read(DuePacket& next) override;
-    bool wouldWait() const override { return false; }
+    /// A pipe is read packet by packet; nobody knows when the next one comes.
+    bool wouldWait() const override { return isPipe_; }
 
 private:
     std::chrono::nanoseconds sinceStart() const;
@@ -28,6 +29,7 @@ private:
     void number(std::chrono::nanoseconds time);
 
     MediaInputOptions options_;
+    bool isPipe_;
     Clock& clock_;
     TsSource source_;
     Datagram datagram_;

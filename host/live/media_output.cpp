@@ -1,20 +1,25 @@
 #include "host/live/media_output.h"
 
+#include <chrono>
 #include <utility>
 
 #include <asio/io_context.hpp>
 
 #include "host/commands/commands.h"
 #include "host/commands/options.h"
+#include "host/io/file_error.h"
 #include "host/io/media_payload.h"
 #include "host/io/output_file.h"
 #include "host/net/endpoint.h"
 #include "host/net/packet_writer.h"
 #include "platform/files/utf8_path.h"
+#include "platform/process/signals.h"
 
 namespace mvrtpfec {
 
 namespace {
+
+using namespace std::chrono_literals;
 
 class NoOutput final : public MediaOutput {
 public:
@@ -24,18 +29,51 @@ public:
 
 class FileMediaOutput final : public MediaOutput {
 public:
-    /// A pipe's reader gets each packet at once.
-    FileMediaOutput(const std::filesystem::path& path, bool isPipe) : file_(path), isPipe_(isPipe) {}
+    explicit FileMediaOutput(const std::filesystem::path& path) : file_(path) {}
+    /// A recording that breaks off is worth keeping.
+    ~FileMediaOutput() override {
+        if (hasMedia_) file_.keep();
+    }
+    FileMediaOutput(const FileMediaOutput&) = delete;
+    FileMediaOutput& operator=(const FileMediaOutput&) = delete;
+
+    void write(ConstRtpPacketView media) override {
+        hasMedia_ = true;
+        file_.write(mediaPayload({media.data, media.length}));
+    }
+    void finish() override {
+        hasMedia_ = false;
+        file_.finish();
+    }
+
+private:
+    OutputFile file_;
+    bool hasMedia_ = false;
+};
+
+/// Its reader gets each packet at once.
+class PipeMediaOutput final : public MediaOutput {
+public:
+    explicit PipeMediaOutput(const std::filesystem::path& path) : path_(path), file_(path) {}
 
     void write(ConstRtpPacketView media) override {
         file_.write(mediaPayload({media.data, media.length}));
-        if (isPipe_) file_.flush();
+        waitForReader();
+        file_.flush();
     }
     void finish() override { file_.finish(); }
 
 private:
+    /// A reader may be slow, but when the program is to end it has two seconds.
+    void waitForReader() {
+        constexpr auto turn = 100ms;
+        for (int left = 20; !file_.isWritableWithin(turn);) {
+            if (platform::wasInterrupted() && left-- == 0) throw FileError(path_, "nobody reads it");
+        }
+    }
+
+    std::filesystem::path path_;
     OutputFile file_;
-    bool isPipe_;
 };
 
 class UdpMediaOutput final : public MediaOutput {
@@ -63,7 +101,7 @@ std::unique_ptr<MediaOutput> openMediaOutput(const std::string& text, const Send
     constexpr std::string_view udp = "udp://";
     constexpr std::string_view rtp = "rtp://";
     if (text == "null") return std::make_unique<NoOutput>();
-    if (text == "-") return std::make_unique<FileMediaOutput>("/dev/stdout", true);
+    if (text == "-") return std::make_unique<PipeMediaOutput>("/dev/stdout");
     if (text.starts_with(udp))
         return std::make_unique<UdpMediaOutput>(parseEndpoint(text.substr(udp.size())), options, true);
     if (text.starts_with(rtp))
@@ -71,7 +109,7 @@ std::unique_ptr<MediaOutput> openMediaOutput(const std::string& text, const Send
     const auto path = platform::pathFromUtf8(text);
     if (requireFormat(path) != FileFormat::transportStream)
         throw UsageError(text + ": is no .ts file, udp:// or rtp:// address, - or null");
-    return std::make_unique<FileMediaOutput>(path, false);
+    return std::make_unique<FileMediaOutput>(path);
 }
 
 }  // namespace mvrtpfec

@@ -19,6 +19,10 @@ struct ReceptionTotals {
     std::uint64_t notTurned = 0;    ///< standard FEC packets that could not be turned into ours
     std::uint64_t overrun = 0;      ///< datagrams that the system dropped because nobody read them in time
 
+    /// Most media packets missing in a row; without a guard overtaken ones count.
+    std::uint64_t longestBurst() const {
+        return repair.guard ? repair.guard->longestHole : reception.longestGap;
+    }
     /// Times that the source began anew: as the guard judges, which a stray packet doesn't deceive.
     std::uint64_t restarts() const { return repair.guard ? repair.guard->restarts : reception.restarts; }
 };

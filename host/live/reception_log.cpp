@@ -29,7 +29,7 @@ double seconds(SteadyTime::duration time) {
 
 void ReceptionLog::note(const ReceptionTotals& totals, SteadyTime now) {
     static_assert(texts.size() == eventCount);
-    noteMatrix(totals.reception);
+    noteMatrix(totals.reception, now);
     noteSilence(totals.reception.media, now);
     noteCount(restarts, totals.restarts(), 1, now);
     noteCount(losses, totals.lostForGood, 1, now);
@@ -38,10 +38,11 @@ void ReceptionLog::note(const ReceptionTotals& totals, SteadyTime now) {
     noteCount(refusals, totals.refused, 1, now);
 }
 
-void ReceptionLog::noteMatrix(const ReceptionFigures& reception) {
+void ReceptionLog::noteMatrix(const ReceptionFigures& reception, SteadyTime now) {
     if (reception.columns == 0) return;
     const std::string matrix = fmt::format("{} x {}", reception.columns, reception.rows);
-    if (matrix == matrix_) return;
+    if (matrix == matrix_ || (matrixTold_ && now - *matrixTold_ < untilToldAgain)) return;
+    if (!matrix_.empty()) matrixTold_ = now;
     log_.Log(2, "the matrix is %s%s%s", matrix.c_str(), matrix_.empty() ? "" : ", it was ", matrix_.c_str());
     matrix_ = matrix;
 }

@@ -22,7 +22,7 @@ public:
 private:
     enum Event { restarts, losses, repeats, overruns, refusals, eventCount };
 
-    void noteMatrix(const ReceptionFigures& reception);
+    void noteMatrix(const ReceptionFigures& reception, SteadyTime now);
     void noteSilence(std::uint64_t media, SteadyTime now);
     void noteCount(Event event, std::uint64_t count, std::uint64_t least, SteadyTime now);
 
@@ -34,6 +34,7 @@ private:
     mvn::log::ILogger& log_;
     std::array<Told, eventCount> told_;
     std::string matrix_;
+    std::optional<SteadyTime> matrixTold_;
     std::uint64_t media_ = 0;
     std::optional<SteadyTime> newest_;  ///< when media came last
     bool isSilent_ = false;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 #include "core/fec_packet.h"
 #include "core/serial_distance.h"
@@ -42,6 +43,7 @@ void ReceptionMeter::arriveMedia(ConstRtpPacketView media, SteadyTime now) {
     if (restarts) {
         ++figures_.restarts;
         transit_.reset();
+        figures_.columns = figures_.rows = 0;
     } else if (ahead > 1) {
         figures_.longestGap = std::max(figures_.longestGap, static_cast<std::uint64_t>(ahead - 1));
     }
@@ -58,7 +60,7 @@ void ReceptionMeter::arriveFec(ConstRtpPacketView fec) {
     if (kind == FecKind::column) {
         figures_.columns = range.offset;
         figures_.rows = range.count;
-    } else if (figures_.columns == 0) {
+    } else if (figures_.rows == 0) {
         figures_.columns = range.count;
     }
     FecStream& stream = fecStreams_[static_cast<std::size_t>(kind)];
@@ -77,10 +79,23 @@ void ReceptionMeter::updateJitter(std::uint32_t timestamp, SteadyTime now) {
     figures_.jitter = std::chrono::nanoseconds(jitter_ * 1'000'000'000 / 16 / ticksPerSecond);
 }
 
+/// Numbers that are missing over a thousand were lost when the timestamps went on as long as they take; else
+/// the source has jumped.
+void ReceptionMeter::noteDelivered(const Delivered& now) {
+    const auto before = std::exchange(delivered_, now);
+    // A packet rebuilt from a row of one has no SSRC.
+    if (!before || (before->ssrc != now.ssrc && before->ssrc != 0 && now.ssrc != 0)) return;
+    const int ahead = serialDistance(before->number, now.number);
+    const double ticks = static_cast<std::int32_t>(now.timestamp - before->timestamp);
+    if (ahead == 1 && ticks >= 0) ticksApart_ += (ticks - ticksApart_) / 64;
+    if (ahead <= 1) return;
+    const double expected = ticksApart_ * ahead;
+    if (ahead <= sameRun || (ticks > expected / 2 && ticks < expected * 2))
+        lostForGood_ += static_cast<std::uint64_t>(ahead - 1);
+}
+
 void ReceptionMeter::deliver(ConstRtpPacketView media, SteadyTime now) {
-    const int ahead = delivered_ ? serialDistance(*delivered_, media.sequenceNumber()) : 1;
-    if (ahead > 1 && ahead <= sameRun) lostForGood_ += static_cast<std::uint64_t>(ahead - 1);
-    delivered_ = media.sequenceNumber();
+    noteDelivered({media.sequenceNumber(), media.timestamp(), media.ssrc()});
     const std::int64_t arrived = arrivals_[media.sequenceNumber()].exchange(0);
     if (arrived == 0) return;
     const std::int64_t underWay = nanosecondsOf(now) - arrived;

@@ -41,12 +41,18 @@ public:
     std::chrono::nanoseconds takeLatency() noexcept { return std::chrono::nanoseconds(latency_.exchange(0)); }
 
 private:
+    struct Delivered {
+        std::uint16_t number = 0;
+        std::uint32_t timestamp = 0;
+        std::uint32_t ssrc = 0;
+    };
     struct FecStream {
         std::optional<std::uint16_t> next;
     };
 
     void arriveMedia(ConstRtpPacketView media, SteadyTime now);
     void arriveFec(ConstRtpPacketView fec);
+    void noteDelivered(const Delivered& now);
     void updateJitter(std::uint32_t timestamp, SteadyTime now);
 
     ReceptionFigures figures_;
@@ -57,7 +63,9 @@ private:
     std::array<FecStream, 2> fecStreams_;
     std::array<std::atomic<std::int64_t>, 65536> arrivals_{};  ///< by number, ns of the steady clock; 0 none
     std::atomic<std::int64_t> latency_{0};
-    std::optional<std::uint16_t> delivered_;  ///< the number delivered last; the delivering thread's
+    // The delivering thread's.
+    std::optional<Delivered> delivered_;  ///< last
+    double ticksApart_ = 0;               ///< of packets delivered one behind the other, on average
     std::atomic<std::uint64_t> lostForGood_{0};
 };
 

@@ -27,7 +27,7 @@ std::string metricsText(const ReceptionTotals& totals, std::chrono::nanoseconds 
         add(fmt::format("{}_total", counter.name), counter.meaning, "counter", counter.value);
     const ReceptionFigures& reception = totals.reception;
     add("longest_burst_packets", "Most media packets missing in a row since the start", "gauge",
-        reception.longestGap);
+        totals.longestBurst());
     add("columns", "Columns of the matrix, 0 while unknown", "gauge", int{reception.columns});
     add("rows", "Rows of the matrix, 0 while unknown", "gauge", int{reception.rows});
     add("jitter_seconds", "Interarrival jitter", "gauge", seconds(reception.jitter));

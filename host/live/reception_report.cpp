@@ -1,11 +1,14 @@
 #include "host/live/reception_report.h"
 
 #include <cerrno>
+#include <string>
+#include <system_error>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include "host/io/file_error.h"
+#include "host/io/standard_error.h"
 #include "platform/files/files.h"
 #include "platform/process/terminal.h"
 
@@ -36,7 +39,7 @@ ReceptionReport::ReceptionReport(const std::filesystem::path& json)
     : json_(openJson(json)), isTerminal_(platform::isErrorTerminal()) {}
 
 ReceptionReport::~ReceptionReport() {
-    if (isTerminal_) fmt::print(stderr, "\n");
+    if (isTerminal_) tellPerson("\n");
 }
 
 void ReceptionReport::interval(const ReceptionTotals& totals, std::chrono::nanoseconds latency) {
@@ -45,14 +48,13 @@ void ReceptionReport::interval(const ReceptionTotals& totals, std::chrono::nanos
     const double bitRate =
         8.0 * static_cast<double>(totals.reception.mediaBytes - last_.reception.mediaBytes) / seconds;
     const RtpFecInTotals& receiver = totals.repair.receiver;
-    fmt::print(
-        stderr,
+    tellPerson(fmt::format(
         "{}{:.3f} Mbit/s, {}, latency {:.0f} ms, received {}, lost {}, rebuilt {}, lost for good {}, FEC "
         "missing {}, longest burst {}, jitter {:.1f} ms{}",
         isTerminal_ ? "\r\033[K" : "", bitRate / 1e6, matrixText(totals.reception), milliseconds(latency),
         totals.reception.media, receiver.lost, receiver.rebuilt, totals.lostForGood,
-        totals.reception.fecMissing, totals.reception.longestGap, milliseconds(totals.reception.jitter),
-        isTerminal_ ? "" : "\n");
+        totals.reception.fecMissing, totals.longestBurst(), milliseconds(totals.reception.jitter),
+        isTerminal_ ? "" : "\n"));
     if (json_) writeJson(totals, seconds, milliseconds(latency));
     last_ = totals;
     lastTime_ = now;
@@ -68,12 +70,15 @@ void ReceptionReport::writeJson(const ReceptionTotals& totals, double seconds, d
         line["total"][name] = counters[i].value;
     }
     line["interval"]["longest_latency_ms"] = latency;
-    line["longest_burst_packets"] = totals.reception.longestGap;
+    line["longest_burst_packets"] = totals.longestBurst();
     line["columns"] = totals.reception.columns;
     line["rows"] = totals.reception.rows;
     line["jitter_ms"] = milliseconds(totals.reception.jitter);
-    fmt::print(json_.get(), "{}\n", line.dump());
-    std::fflush(json_.get());
+    const std::string text = line.dump() + "\n";
+    std::fwrite(text.data(), 1, text.size(), json_.get());
+    if (std::fflush(json_.get()) == 0) return;
+    tellPerson(fmt::format("mvrtpfec: no more JSON lines: {}\n", std::generic_category().message(errno)));
+    json_.reset();
 }
 
 }  // namespace mvrtpfec

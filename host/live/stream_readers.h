@@ -2,6 +2,7 @@
 
 #include <array>
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -40,6 +41,8 @@ private:
     asio::io_context context_;
     std::array<asio::ip::udp::socket, 3> sockets_;
     PacketReader reader_;
+    std::array<std::uint32_t, 3> dropped_{};
+    std::uint64_t overrun_ = 0;
 };
 
 }  // namespace mvrtpfec

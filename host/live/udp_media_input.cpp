@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstring>
 
+#include "host/commands/commands.h"
 #include "host/io/ts_packet.h"
 #include "host/net/udp_sockets.h"
 
@@ -19,7 +20,9 @@ constexpr std::uint8_t syncByte = 0x47;
 ReceivingOptions receivingOptions(const MediaInputOptions& options) {
     ReceivingOptions made;
     made.interfaceName = options.interfaceName;
-    if (options.source) made.source = asio::ip::make_address(*options.source);
+    asio::error_code error;
+    if (options.source) made.source = asio::ip::make_address(*options.source, error);
+    if (error) throw UsageError(*options.source + ": is no address");
     return made;
 }
 
@@ -37,6 +40,12 @@ bool isTransportStream(ConstRtpPacketView bytes) {
     for (std::size_t at = 0; at < bytes.length; at += tsPacketSize)
         if (bytes.data[at] != syncByte) return false;
     return true;
+}
+
+/// What can't be protected, as packets with extensions, is passed on all the same.
+bool isMedia(ConstRtpPacketView packet) {
+    return packet.length >= rtpHeaderSize && packet.data[0] >> 6 == versionTwo >> 6 &&
+           packet.payloadType() == mediaPayloadType;
 }
 
 }  // namespace
@@ -72,7 +81,7 @@ void UdpMediaInput::take(std::unique_ptr<RtpPacket> datagram) {
     const ConstRtpPacketView view = datagram->view;
     if (carriage_ == Carriage::bare && isTransportStream(view))
         waiting_.push_back(wrapped(view));
-    else if (carriage_ == Carriage::rtp && view.isValid() && view.payloadType() == mediaPayloadType)
+    else if (carriage_ == Carriage::rtp && isMedia(view))
         waiting_.push_back(std::move(datagram));
     else
         ++leftOut_;

@@ -10,6 +10,7 @@
 #include <asio/ip/udp.hpp>
 #include <fmt/format.h>
 
+#include "host/io/standard_error.h"
 #include "host/net/endpoint.h"
 #include "platform/files/utf8_path.h"
 #include "support/log/console_sink.h"
@@ -28,7 +29,7 @@ constexpr std::string_view syslogPrefix = "syslog:";
 constexpr std::int32_t everyLevel = 3;
 
 void complain(const std::string& text) {
-    fmt::print(stderr, "mvrtpfec: {}\n", text);
+    tellPerson("mvrtpfec: " + text + "\n");
 }
 
 /// A socket that knows where its datagrams go.

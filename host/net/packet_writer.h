@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -22,6 +23,7 @@ public:
 
     std::uint64_t packets() const noexcept { return packets_; }
     std::uint64_t bytes() const noexcept { return bytes_; }
+    /// Any thread.
     std::uint64_t refused() const noexcept { return refused_; }
 
 private:
@@ -30,7 +32,7 @@ private:
     std::vector<platform::DatagramBuffer> waiting_;
     std::uint64_t packets_ = 0;
     std::uint64_t bytes_ = 0;
-    std::uint64_t refused_ = 0;
+    std::atomic<std::uint64_t> refused_{0};
 };
 
 }  // namespace mvrtpfec

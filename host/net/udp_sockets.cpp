@@ -34,6 +34,19 @@ platform::SocketHandle handleOf(Udp::socket& socket) {
     throw std::system_error(platform::lastSocketError(), what);
 }
 
+/// Link-local addresses are those of an interface (RFC 4007, section 6).
+Udp::endpoint scoped(Udp::endpoint endpoint, unsigned index) {
+    if (!endpoint.address().is_v6() || index == 0) return endpoint;
+    asio::ip::address_v6 address = endpoint.address().to_v6();
+    if (address.is_link_local() || address.is_multicast_link_local()) address.scope_id(index);
+    endpoint.address(address);
+    return endpoint;
+}
+
+std::string textOf(const Udp::endpoint& endpoint) {
+    return endpoint.address().to_string() + " port " + std::to_string(endpoint.port());
+}
+
 void join(Udp::socket& socket, const Udp::endpoint& group, const ReceivingOptions& options) {
     std::optional<Udp::endpoint> source;
     if (options.source) {
@@ -44,27 +57,35 @@ void join(Udp::socket& socket, const Udp::endpoint& group, const ReceivingOption
     const platform::SocketAddress from =
         source ? platform::SocketAddress{source->data(), source->size()} : platform::SocketAddress{};
     if (!platform::joinGroup(handleOf(socket), {group.data(), group.size()}, from,
-                             indexOf(options.interfaceName)))
-        throwSystemError("can't join " + group.address().to_string());
+                             indexOf(options.interfaceName))) {
+        const std::error_code reason = platform::lastSocketError();
+        throw std::system_error(reason, "can't join " + group.address().to_string());
+    }
 }
 
 }  // namespace
 
-Udp::socket openReceiver(asio::io_context& context, const Udp::endpoint& local,
+Udp::socket openReceiver(asio::io_context& context, const Udp::endpoint& address,
                          const ReceivingOptions& options) {
+    const Udp::endpoint local = scoped(address, indexOf(options.interfaceName));
     const bool isGroup = local.address().is_multicast();
     if (!isGroup && options.source) throw UsageError("a source can be chosen of a group alone");
     Udp::socket socket(context, local.protocol());
     platform::setReceiveBuffer(handleOf(socket), receiveBuffer);
     if (isGroup) socket.set_option(asio::socket_base::reuse_address(true));
-    socket.bind(local);
+    asio::error_code error;
+    socket.bind(isGroup && !platform::canBindToGroup ? Udp::endpoint(local.protocol(), local.port()) : local,
+                error);
+    if (error) throw std::system_error(error, "can't receive on " + textOf(local));
     if (isGroup) join(socket, local, options);
     socket.non_blocking(true);
     return socket;
 }
 
-Udp::socket openSender(asio::io_context& context, const Udp::endpoint& target,
+Udp::socket openSender(asio::io_context& context, const Udp::endpoint& address,
                        const SendingOptions& options) {
+    const unsigned index = indexOf(options.interfaceName);
+    const Udp::endpoint target = scoped(address, index);
     const bool isIpv6 = target.address().is_v6();
     Udp::socket socket(context, target.protocol());
     asio::error_code ignored;
@@ -74,13 +95,14 @@ Udp::socket openSender(asio::io_context& context, const Udp::endpoint& target,
         socket.set_option(asio::ip::multicast::hops(*options.ttl));
         socket.set_option(asio::ip::unicast::hops(*options.ttl));
     }
-    if (const unsigned index = indexOf(options.interfaceName);
-        index != 0 && target.address().is_multicast() &&
+    if (index != 0 && target.address().is_multicast() &&
         !platform::setMulticastInterface(handleOf(socket), isIpv6, index))
         throwSystemError("can't send on " + options.interfaceName);
     if (options.dscp != 0 && !platform::setTrafficClass(handleOf(socket), isIpv6, options.dscp << 2))
         throwSystemError("can't mark what is sent");
-    socket.connect(target);
+    asio::error_code error;
+    socket.connect(target, error);
+    if (error) throw std::system_error(error, "can't send to " + textOf(target));
     return socket;
 }
 

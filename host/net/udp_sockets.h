@@ -24,11 +24,11 @@ struct SendingOptions {
 
 /// A non-blocking socket on a local address, or in a group. Several programs may share a group's port. Throws
 /// UsageError for what can't be meant, std::system_error.
-asio::ip::udp::socket openReceiver(asio::io_context& context, const asio::ip::udp::endpoint& local,
+asio::ip::udp::socket openReceiver(asio::io_context& context, const asio::ip::udp::endpoint& address,
                                    const ReceivingOptions& options);
 
 /// A socket connected to where its datagrams go. Throws as openReceiver.
-asio::ip::udp::socket openSender(asio::io_context& context, const asio::ip::udp::endpoint& target,
+asio::ip::udp::socket openSender(asio::io_context& context, const asio::ip::udp::endpoint& address,
                                  const SendingOptions& options);
 
 }  // namespace mvrtpfec

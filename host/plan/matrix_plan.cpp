@@ -57,7 +57,8 @@ MatrixCost costOf(const MatrixConfig& matrix) {
     if (matrix.mode != fecColumn) cost.overhead += 1.0 / matrix.columns;
     if (matrix.mode != fecRow) cost.overhead += 1.0 / matrix.rows;
     cost.longestBurst = matrix.mode == fecRow ? 1 : matrix.columns;
-    cost.delayPackets = matrix.columns * matrix.rows;
+    // A receiver of rows alone never learns their number.
+    cost.delayPackets = matrix.mode == fecRow ? matrix.columns : matrix.columns * matrix.rows;
     return cost;
 }
 

@@ -30,6 +30,7 @@ struct GuardFigures {
     std::uint64_t late = 0;
     std::uint64_t repeated = 0;
     std::uint64_t holesSkipped = 0;
+    std::uint64_t longestHole = 0;  ///< most missing numbers in a row
     std::uint64_t fecKeptBack = 0;
     std::uint64_t foreign = 0;  ///< no valid media or FEC packet, or a stray one of another source
     std::uint64_t restarts = 0;

@@ -1,6 +1,7 @@
 #include <system_error>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include "platform/files/files.h"
@@ -47,6 +48,11 @@ int duplicateDescriptor(int descriptor) noexcept {
 
 std::ptrdiff_t writeSome(int descriptor, std::span<const std::uint8_t> bytes) noexcept {
     return write(descriptor, bytes.data(), bytes.size());
+}
+
+bool waitUntilWritable(int descriptor, std::chrono::milliseconds most) noexcept {
+    pollfd wanted{descriptor, POLLOUT, 0};
+    return poll(&wanted, 1, static_cast<int>(most.count())) > 0;
 }
 
 bool closeDescriptor(int descriptor) noexcept {

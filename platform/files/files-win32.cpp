@@ -68,6 +68,11 @@ std::ptrdiff_t writeSome(int descriptor, std::span<const std::uint8_t> bytes) no
     return _write(descriptor, bytes.data(), static_cast<unsigned>(count));
 }
 
+/// The system has no way to ask.
+bool waitUntilWritable(int, std::chrono::milliseconds) noexcept {
+    return true;
+}
+
 bool closeDescriptor(int descriptor) noexcept {
     return _close(descriptor) == 0;
 }

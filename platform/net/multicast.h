@@ -12,6 +12,13 @@ struct SocketAddress {
     std::size_t size = 0;
 };
 
+/// Whether a socket that is bound to a group's address takes its datagrams alone; elsewhere it can't be.
+#ifdef _WIN32
+inline constexpr bool canBindToGroup = false;
+#else
+inline constexpr bool canBindToGroup = true;
+#endif
+
 /// The number of a network interface by its name or its number in digits; 0 for none.
 unsigned interfaceIndex(const char* name) noexcept;
 

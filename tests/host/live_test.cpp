@@ -4,6 +4,8 @@
 #include <cstdarg>
 #include <cstdio>
 #include <initializer_list>
+#include <map>
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -12,11 +14,14 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include "core/fec_composer.h"
+#include "core/fec_packet.h"
 #include "host/live/delay_line.h"
 #include "host/live/file_media_input.h"
 #include "host/live/pacer.h"
 #include "host/live/reception_log.h"
 #include "host/live/reception_meter.h"
+#include "host/live/sent_numbers.h"
 #include "host/stages/repair_chain.h"
 #include "tests/host/io_test_frames.h"
 #include "tests/host/program_run.h"
@@ -69,6 +74,14 @@ TEST(ReceptionMeterTest, CountsGapsRestartsAndForeignPackets) {
     for (const std::uint16_t number : std::initializer_list<std::uint16_t>{20'000, 20'003, 40'000, 39'000})
         meter->deliver(media(number, 0)->view, now);
     EXPECT_EQ(meter->lostForGood(), 2U);
+    // An outage of seconds is a loss when the timestamps say so; another source isn't.
+    for (std::uint16_t number = 0; number < 300; ++number)
+        meter->deliver(media(number, number * 90U)->view, now);
+    meter->deliver(media(5300, 5300 * 90U)->view, now);
+    EXPECT_EQ(meter->lostForGood(), 2U + 5000U);
+    meter->deliver(media(5700, 5700 * 90U, 2)->view, now);
+    meter->deliver(media(10'000, 7, 2)->view, now);
+    EXPECT_EQ(meter->lostForGood(), 2U + 5000U);
 }
 
 /// Keeps the lines.
@@ -182,6 +195,41 @@ TEST_F(LiveTest, AnHourIsPacedEvenly) {
     }
 }
 
+TEST(SentNumbersTest, AgreeWithFecPacketsOverWhatTheyName) {
+    std::map<std::uint16_t, Bytes> sent;
+    SentNumbers numbers;
+    std::size_t right = 0;
+    std::size_t wrong = 0;
+    CFecComposer composer(
+        [&](const std::shared_ptr<RtpPacket>& fec) {
+            const ProtectedRange range = protectedRange(fec->view);
+            Bytes parity(fec->view.payload(), fec->view.payload() + 50);
+            for (unsigned i = 0; i < range.count; ++i) {
+                const Bytes& member = sent[static_cast<std::uint16_t>(range.base + i * range.offset)];
+                for (std::size_t at = 0; at < member.size() && at < 50; ++at) parity[at] ^= member[at];
+            }
+            const bool isRight = std::ranges::count(parity, 0) == 50;
+            EXPECT_EQ(numbers.agree(fec->view), isRight) << range.base << " by " << int{range.offset};
+            ++(isRight ? right : wrong);
+        },
+        fecBoth, 5, 4);
+    std::uint16_t number = 65000;
+    for (std::uint32_t i = 0; i < 2000; ++i) {
+        ++number;
+        if (i % 37 == 5) number = static_cast<std::uint16_t>(number + 2);
+        if (i % 53 == 7) --number;
+        Bytes packet = rtpPacket(number, 62);
+        // A packet that comes twice is the same both times.
+        for (std::size_t at = 12; at < 62; ++at)
+            packet[at] = static_cast<std::uint8_t>((number * 2654435761U) >> (at % 24));
+        sent[number] = Bytes(packet.begin() + 12, packet.end());
+        numbers.note(viewOf(packet));
+        composer.protect(viewOf(packet));
+    }
+    EXPECT_GT(right, 200U);
+    EXPECT_GT(wrong, 50U);
+}
+
 TEST(DelayLineTest, HoldsPacketsAsLongAsItShould) {
     std::vector<std::size_t> out;
     DelayLine line({.delay = 20, .jitter = 10},
@@ -251,6 +299,11 @@ TEST_F(LiveTest, RefusesWhatCannotBeMeant) {
           std::pair{"send in.ts --to 127.0.0.1:5004,5006 --preset lean", "one FEC port"},
           std::pair{"send in.ts --to 127.0.0.1:5004,5006,5006 --preset lean", "are to differ"},
           std::pair{"receive --from 127.0.0.1:5004,5006,x null", "FEC ports"},
+          std::pair{"send - --to 127.0.0.1:5004 --preset lean --loop", "only a file"},
+          std::pair{"send rtp://127.0.0.1:7 --to 127.0.0.1:5004 --preset lean --bitrate 5M",
+                    "its own bit rate"},
+          std::pair{"receive --from 127.0.0.1:5004 - --json -", "JSON"},
+          std::pair{"receive --from 127.0.0.1:5004 x.ts --json x.ts", "for two outputs"},
           std::pair{"receive --from 127.0.0.1:5004 null --stats 1h", "--stats"},
           std::pair{"send in.ts --to nowhere:5004 --mode both --columns 5 --rows 5", "has no address"},
           std::pair{"send in.ts --to 127.0.0.1:5004 --mode both --columns 5 --rows 5 --bitrate 5x",

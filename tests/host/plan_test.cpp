@@ -44,7 +44,8 @@ TEST(PlanTest, OffersWhatIsWithinTheLimitsBestFirst) {
         const PlanEntry& entry = entries[i];
         EXPECT_LE(entry.cost.overhead, 0.3);
         EXPECT_LE(2 * *entry.latency, 200);
-        EXPECT_NEAR(*entry.latency, entry.matrix.columns * entry.matrix.rows * 1316 * 8 / 8000.0, 1e-6);
+        const int packets = entry.matrix.columns * (entry.matrix.mode == fecRow ? 1 : entry.matrix.rows);
+        EXPECT_NEAR(*entry.latency, packets * 1316 * 8 / 8000.0, 1e-6);
         EXPECT_NO_THROW(
             CFecComposer::checkMatrix(entry.matrix.mode, entry.matrix.columns, entry.matrix.rows));
         EXPECT_GE(entry.trial.residualLoss(), entries[i > 0 ? i - 1 : 0].trial.residualLoss());
