@@ -6,8 +6,10 @@
 
 namespace platform {
 
-/// While it lives, blockedThreads() tells of the calling thread's wait. A thread waits for one thing at a
-/// time. No lock and no memory; only a thread's first note enters it in a list.
+class BlockedRecord;
+
+/// While it lives, blockedThreads() tells of the calling thread's wait. No lock, no memory, nothing that
+/// stays with the thread.
 class BlockedNote {
 public:
     /// It waits for `count` objects, of which the first is named.
@@ -18,6 +20,9 @@ public:
 
     BlockedNote(const BlockedNote&) = delete;
     BlockedNote& operator=(const BlockedNote&) = delete;
+
+private:
+    BlockedRecord* record_;
 };
 
 }  // namespace platform
