@@ -169,7 +169,7 @@ void measureGigabit(const Scratch& scratch, Measurements& measured) {
         total["overrun_datagrams"].get<double>(), sendTime * 1e9 / media, receiveTime * 1e9 / media);
     measured["live/1 Gbit/s, datagrams lost"] =
         total["lost_packets"].get<double>() + total["overrun_datagrams"].get<double>();
-    measured["live/1 Gbit/s, received of sent"] = sent / media;
+    measured["live/1 Gbit/s, sent over received"] = sent / media;
 }
 
 }  // namespace
@@ -178,7 +178,7 @@ void measureLive(Measurements& measured) {
     const Scratch scratch;
     measureGigabit(scratch, measured);
     addTarget({"live/1 Gbit/s, datagrams lost", "live/1 Gbit/s, datagrams lost", "", 0});
-    addTarget({"live/1 Gbit/s, sent over received", "live/1 Gbit/s, received of sent", "", 1.02});
+    addTarget({"live/1 Gbit/s, sent over received", "live/1 Gbit/s, sent over received", "", 1.02});
     if (!isGStreamerThere()) return;
     const std::string file = scratch.file("long.ts");
     const std::size_t packets = writeLongFile(file);

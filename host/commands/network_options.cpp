@@ -60,6 +60,10 @@ void addOnwardOptions(CLI::App& command, SendingOptions& options) {
 
 void addReceivingOptions(CLI::App& command, ReceivingOptions& options) {
     command.add_option("--interface", options.interfaceName, "Network interface for groups")->type_name("IF");
+    addSourceOption(command, options);
+}
+
+void addSourceOption(CLI::App& command, ReceivingOptions& options) {
     const auto take = [&options](const std::string& text) {
         asio::error_code error;
         options.source = asio::ip::make_address(text, error);

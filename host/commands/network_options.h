@@ -19,5 +19,7 @@ void addSendingOptions(CLI::App& command, SendingOptions& options);
 void addOnwardOptions(CLI::App& command, SendingOptions& options);
 /// --interface and --source.
 void addReceivingOptions(CLI::App& command, ReceivingOptions& options);
+/// --source alone.
+void addSourceOption(CLI::App& command, ReceivingOptions& options);
 
 }  // namespace mvrtpfec

@@ -120,16 +120,6 @@ private:
         0;  ///< FEC packets of media of several lengths, which standard ones can't protect
 };
 
-/// An option without effect is a mistake.
-void requireUse(const SendOptions& options) {
-    const bool isNetwork = options.input.starts_with("udp://") || options.input.starts_with("rtp://");
-    if (options.media.loop && (isNetwork || options.input == "-"))
-        throw UsageError("only a file can be looped");
-    if (options.media.bitRate && isNetwork)
-        throw UsageError("what comes over the network has its own bit rate");
-    if (options.media.source && !isNetwork) throw UsageError("a source can be chosen of a group alone");
-}
-
 /// A sender that begins anew is told from the one before (RFC 3550, sections 5.1 and 8.1).
 void beginAnywhere(MediaInputOptions& media) {
     std::random_device random;
@@ -169,10 +159,9 @@ void addSendCommand(CLI::App& app) {
     addMatrixOptions(*command, options->matrix);
     addFecFormatOption(*command, options->fecFormat);
     addBitRateOption(*command, options->media.bitRate);
-    command->add_option("--source", options->media.source, "Take the input group's datagrams from ADDR alone")
-        ->type_name("ADDR");
+    addSourceOption(*command, options->media.receiving);
     command
-        ->add_option("--input-interface", options->media.interfaceName,
+        ->add_option("--input-interface", options->media.receiving.interfaceName,
                      "Network interface for an input group, where it isn't the output's")
         ->type_name("IF");
     command->add_flag("--loop", options->media.loop, "Begin a file anew when it ends");
@@ -184,9 +173,8 @@ void addSendCommand(CLI::App& app) {
         "  mvrtpfec send movie.ts --to 239.1.2.3:5004 --mode both --columns 10 --rows 10 --loop\n"
         "  mvrtpfec send rtp://0.0.0.0:6000 --to 192.0.2.7:5004 --mode column --columns 5 --rows 10");
     command->callback([options] {
-        if (options->media.interfaceName.empty())
-            options->media.interfaceName = options->sending.interfaceName;
-        requireUse(*options);
+        if (options->media.receiving.interfaceName.empty())
+            options->media.receiving.interfaceName = options->sending.interfaceName;
         beginAnywhere(options->media);
         runLogged(options->log, "sending of " + options->input, [&](auto& log) { runSend(*options, log); });
     });

@@ -21,9 +21,11 @@ bool FecIntake::take(RtpPacketView packet) {
         return true;
     }
     if (format_ != FecFormat::native) timestamps_.settle(packet);
+    const std::optional<FecFormat> told = isFixed_ ? std::nullopt : bridge_.formatOf(packet);
     // Of an even number of equal lengths the parity is 0 in both formats.
-    if (!isFixed_ && protectedRange(packet).count % 2 != 0) tellFormat(packet);
-    const bool taken = makeOurs(packet);
+    const bool isEither = protectedRange(packet).count % 2 == 0;
+    if (!isFixed_ && !isEither) follow(told);
+    const bool taken = !format_ ? isEither : makeOurs(packet, told);
     if (!taken) ++leftOut_;
     return taken;
 }
@@ -33,15 +35,13 @@ bool FecIntake::take(std::vector<std::uint8_t>& datagram) {
     return datagram.size() != packet.length || !packet.isValid() || take(packet);
 }
 
-bool FecIntake::makeOurs(RtpPacketView fec) {
-    if (!format_) return protectedRange(fec).count % 2 == 0;
+bool FecIntake::makeOurs(RtpPacketView fec, std::optional<FecFormat> told) {
     if (*format_ == FecFormat::standard) return bridge_.toNative(fec);
     // What is known to be of the other format would rebuild wrong lengths.
-    return isFixed_ || bridge_.formatOf(fec) != FecFormat::standard;
+    return told != FecFormat::standard;
 }
 
-void FecIntake::tellFormat(ConstRtpPacketView fec) {
-    const auto told = bridge_.formatOf(fec);
+void FecIntake::follow(std::optional<FecFormat> told) {
     if (!format_ && (told || ++untold_ == patience)) return setFormat(told.value_or(FecFormat::native));
     if (!told) return;
     others_ = told == format_ ? 0 : others_ + 1;

@@ -27,8 +27,10 @@ public:
     std::uint64_t leftOut() const noexcept { return leftOut_; }
 
 private:
-    bool makeOurs(RtpPacketView fec);
-    void tellFormat(ConstRtpPacketView fec);
+    // `told` is the format that an FEC packet tells, if it does.
+    bool makeOurs(RtpPacketView fec, std::optional<FecFormat> told);
+    /// Of an odd group.
+    void follow(std::optional<FecFormat> told);
     void setFormat(FecFormat format);
 
     mvn::log::ILogger& log_;

@@ -1,5 +1,6 @@
 #include "host/live/media_input.h"
 
+#include "host/commands/commands.h"
 #include "host/live/file_media_input.h"
 #include "host/live/udp_media_input.h"
 #include "host/net/endpoint.h"
@@ -7,17 +8,27 @@
 
 namespace mvrtpfec {
 
+namespace {
+
+/// An option without effect is a mistake.
+void requireUse(const MediaInputOptions& options, bool isNetwork, bool isFile) {
+    if (options.loop && !isFile) throw UsageError("only a file can be looped");
+    if (options.bitRate && isNetwork) throw UsageError("what comes over the network has its own bit rate");
+    if (options.receiving.source && !isNetwork) throw UsageError("a source can be chosen of a group alone");
+}
+
+}  // namespace
+
 std::unique_ptr<MediaInput> openMediaInput(const std::string& text, const MediaInputOptions& options) {
     using Carriage = UdpMediaInput::Carriage;
     constexpr std::string_view udp = "udp://";
     constexpr std::string_view rtp = "rtp://";
-    if (text.starts_with(udp))
-        return std::make_unique<UdpMediaInput>(parseEndpoint(text.substr(udp.size())), Carriage::bare,
-                                               options);
-    if (text.starts_with(rtp))
-        return std::make_unique<UdpMediaInput>(parseEndpoint(text.substr(rtp.size())), Carriage::rtp,
-                                               options);
-    return std::make_unique<FileMediaInput>(platform::pathFromUtf8(text), options);
+    static_assert(udp.size() == rtp.size());
+    const bool isNetwork = text.starts_with(udp) || text.starts_with(rtp);
+    requireUse(options, isNetwork, !isNetwork && text != "-");
+    if (!isNetwork) return std::make_unique<FileMediaInput>(platform::pathFromUtf8(text), options);
+    return std::make_unique<UdpMediaInput>(parseEndpoint(text.substr(udp.size())),
+                                           text.starts_with(udp) ? Carriage::bare : Carriage::rtp, options);
 }
 
 }  // namespace mvrtpfec

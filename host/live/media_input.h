@@ -8,6 +8,7 @@
 #include "core/rtp_packet.h"
 #include "host/io/own_ssrc.h"
 #include "host/live/clock.h"
+#include "host/net/udp_sockets.h"
 
 namespace mvrtpfec {
 
@@ -20,8 +21,7 @@ struct DuePacket {
 struct MediaInputOptions {
     std::optional<std::uint64_t> bitRate;  ///< of the transport stream, bits per second; else by its clock
     bool loop = false;                     ///< files: begin anew at the end
-    std::string interfaceName;             ///< of groups that are joined
-    std::optional<std::string> source;     ///< address of a source-specific group
+    ReceivingOptions receiving;            ///< of what comes over the network
     // Of streams that bring no RTP headers.
     std::uint32_t ssrc = ownSsrc;
     std::uint16_t firstNumber = 0;

@@ -1,6 +1,14 @@
 #include "host/live/reception_figures.h"
 
+#include <fmt/format.h>
+
 namespace mvrtpfec {
+
+std::string matrixText(const ReceptionFigures& reception) {
+    if (reception.columns == 0) return "no FEC yet";
+    if (reception.rows == 0) return fmt::format("L {}", reception.columns);
+    return fmt::format("{} x {}", reception.columns, reception.rows);
+}
 
 std::vector<Counter> countersOf(const ReceptionTotals& totals) {
     const ReceptionFigures& reception = totals.reception;

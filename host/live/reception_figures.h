@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -26,6 +27,9 @@ struct ReceptionTotals {
     /// Times that the source began anew: as the guard judges, which a stray packet doesn't deceive.
     std::uint64_t restarts() const { return repair.guard ? repair.guard->restarts : reception.restarts; }
 };
+
+/// The matrix as learnt: "10 x 10", "L 10" of rows alone, "no FEC yet".
+std::string matrixText(const ReceptionFigures& reception);
 
 /// One of them under the name it has outside, whose end is its unit.
 struct Counter {

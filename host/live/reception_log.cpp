@@ -1,6 +1,6 @@
 #include "host/live/reception_log.h"
 
-#include <fmt/format.h>
+#include <utility>
 
 namespace mvrtpfec {
 
@@ -40,7 +40,9 @@ void ReceptionLog::note(const ReceptionTotals& totals, SteadyTime now) {
 
 void ReceptionLog::noteMatrix(const ReceptionFigures& reception, SteadyTime now) {
     if (reception.columns == 0) return;
-    const std::string matrix = fmt::format("{} x {}", reception.columns, reception.rows);
+    const std::string matrix = matrixText(reception);
+    // The rows alone are heard first.
+    if (std::exchange(seenMatrix_, matrix) != matrix) return;
     if (matrix == matrix_ || (matrixTold_ && now - *matrixTold_ < untilToldAgain)) return;
     if (!matrix_.empty()) matrixTold_ = now;
     log_.Log(2, "the matrix is %s%s%s", matrix.c_str(), matrix_.empty() ? "" : ", it was ", matrix_.c_str());

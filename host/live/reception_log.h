@@ -33,7 +33,8 @@ private:
 
     mvn::log::ILogger& log_;
     std::array<Told, eventCount> told_;
-    std::string matrix_;
+    std::string seenMatrix_;  ///< when last asked
+    std::string matrix_;      ///< told
     std::optional<SteadyTime> matrixTold_;
     std::uint64_t media_ = 0;
     std::optional<SteadyTime> newest_;  ///< when media came last

@@ -6,13 +6,11 @@
 
 #include "core/fec_packet.h"
 #include "core/serial_distance.h"
+#include "host/io/same_run.h"
 
 namespace mvrtpfec {
 
 namespace {
-
-/// Numbers further apart are of different runs of a source.
-constexpr int sameRun = 1024;
 
 std::int64_t ticksOf(SteadyTime time) {
     using Ticks = std::chrono::duration<std::int64_t, std::ratio<1, 90000>>;
@@ -43,7 +41,6 @@ void ReceptionMeter::arriveMedia(ConstRtpPacketView media, SteadyTime now) {
     if (restarts) {
         ++figures_.restarts;
         transit_.reset();
-        figures_.columns = figures_.rows = 0;
     } else if (ahead > 1) {
         figures_.longestGap = std::max(figures_.longestGap, static_cast<std::uint64_t>(ahead - 1));
     }
@@ -60,8 +57,11 @@ void ReceptionMeter::arriveFec(ConstRtpPacketView fec) {
     if (kind == FecKind::column) {
         figures_.columns = range.offset;
         figures_.rows = range.count;
-    } else if (figures_.rows == 0) {
+        rowsAlone_ = 0;
+    } else if (++rowsAlone_ > 2 * figures_.rows) {
+        // Two matrices without a column FEC packet: there are none, or none yet.
         figures_.columns = range.count;
+        figures_.rows = 0;
     }
     FecStream& stream = fecStreams_[static_cast<std::size_t>(kind)];
     const std::uint16_t number = fec.sequenceNumber();

@@ -61,6 +61,7 @@ private:
     std::optional<std::int64_t> transit_;  ///< 90 kHz
     std::int64_t jitter_ = 0;              ///< sixteenths of 90 kHz
     std::array<FecStream, 2> fecStreams_;
+    int rowsAlone_ = 0;  ///< row FEC packets since the last column FEC packet
     std::array<std::atomic<std::int64_t>, 65536> arrivals_{};  ///< by number, ns of the steady clock; 0 none
     std::atomic<std::int64_t> latency_{0};
     // The delivering thread's.

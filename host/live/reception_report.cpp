@@ -27,12 +27,6 @@ std::FILE* openJson(const std::filesystem::path& path) {
     return file;
 }
 
-std::string matrixText(const ReceptionFigures& reception) {
-    if (reception.columns == 0) return "no FEC yet";
-    if (reception.rows == 0) return fmt::format("L {}", reception.columns);
-    return fmt::format("{} x {}", reception.columns, reception.rows);
-}
-
 }  // namespace
 
 ReceptionReport::ReceptionReport(const std::filesystem::path& json)

@@ -1,6 +1,5 @@
 #include "host/live/stream_endpoints.h"
 
-#include <charconv>
 #include <cstdint>
 #include <string_view>
 
@@ -12,14 +11,6 @@ namespace mvrtpfec {
 namespace {
 
 constexpr int mostPort = 65535;
-
-std::uint16_t parsePort(std::string_view text, const std::string& whole) {
-    std::uint16_t port = 0;
-    const auto parsed = std::from_chars(text.data(), text.data() + text.size(), port);
-    if (parsed.ec != std::errc() || parsed.ptr != text.data() + text.size() || port == 0)
-        throw UsageError(whole + ": has no FEC ports from 1 to 65535");
-    return port;
-}
 
 }  // namespace
 

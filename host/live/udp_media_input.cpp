@@ -4,7 +4,6 @@
 #include <chrono>
 #include <cstring>
 
-#include "host/commands/commands.h"
 #include "host/io/ts_packet.h"
 #include "host/net/udp_sockets.h"
 
@@ -16,15 +15,6 @@ using namespace std::chrono_literals;
 
 constexpr std::size_t mostTransportPackets = 7;
 constexpr std::uint8_t syncByte = 0x47;
-
-ReceivingOptions receivingOptions(const MediaInputOptions& options) {
-    ReceivingOptions made;
-    made.interfaceName = options.interfaceName;
-    asio::error_code error;
-    if (options.source) made.source = asio::ip::make_address(*options.source, error);
-    if (error) throw UsageError(*options.source + ": is no address");
-    return made;
-}
 
 /// Arrival in ticks of 90 kHz.
 std::uint32_t timestampNow() {
@@ -53,7 +43,7 @@ bool isMedia(ConstRtpPacketView packet) {
 UdpMediaInput::UdpMediaInput(const asio::ip::udp::endpoint& local, Carriage carriage,
                              const MediaInputOptions& options)
     : carriage_(carriage),
-      socket_(openReceiver(context_, local, receivingOptions(options))),
+      socket_(openReceiver(context_, local, options.receiving)),
       number_(options.firstNumber),
       ssrc_(options.ssrc) {}
 

@@ -4,13 +4,11 @@
 #include <chrono>
 
 #include "core/serial_distance.h"
+#include "host/io/same_run.h"
 
 namespace mvrtpfec {
 
 namespace {
-
-/// Numbers further apart are of different runs of a source.
-constexpr int sameRun = 1024;
 
 /// Follows the numbers of one source; what comes late was not lost.
 class TraceWriter {

@@ -6,13 +6,11 @@
 
 #include "core/fec_packet.h"
 #include "core/serial_distance.h"
+#include "host/io/same_run.h"
 
 namespace mvrtpfec {
 
 namespace {
-
-/// Further ahead a number belongs to another run of the source.
-constexpr int sameRun = 1024;
 
 /// The widest window the decoder can learn holds fewer.
 constexpr std::uint32_t maxPadding = 65535;
