@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::uint16_t lastNumber = 65535;
 constexpr std::size_t maxEarly = 64;
+constexpr unsigned largestMatrix = 100;  // packets
 
 std::size_t checked(std::size_t packets, const char* message) {
     if (packets < 1 || packets > ReceiverGuard::largestWindow) throw std::invalid_argument(message);
@@ -91,8 +92,15 @@ void PacketGuard::pushFec(std::unique_ptr<RtpPacket> fec) {
         holdEarly(std::move(fec));
     else
         handOnFec(std::move(fec), kind);
-    // Only now does the decoder keep the first packets long enough for columns to repair them.
-    if (kind == FecKind::column) orderer_.begin();
+    if (isBegun(kind)) orderer_.begin();
+}
+
+/// Only after a column FEC packet does the decoder keep the first packets of a run long enough for columns to
+/// repair them. Rows alone are begun with when two matrices like that of the run before have brought none.
+bool PacketGuard::isBegun(FecKind kind) {
+    if (kind == FecKind::column) return true;
+    ++rowsAlone_;
+    return usualRows_ && rowsAlone_ > 2u * *usualRows_;
 }
 
 void PacketGuard::learnMatrix(FecKind kind, const ProtectedRange& range) {
@@ -178,6 +186,8 @@ void PacketGuard::onRestart() {
     previous_.reset();
     restarted_ = true;
     unbroken_ = 0;
+    if (matrix_.rows != 0 || rowsAlone_ * matrix_.columns > largestMatrix) usualRows_ = matrix_.rows;
+    rowsAlone_ = 0;
     matrix_ = {};
     fecKeptBack_ += early_.size();
     early_.clear();

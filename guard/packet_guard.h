@@ -51,6 +51,7 @@ private:
     void handOnFec(std::unique_ptr<RtpPacket> fec, FecKind kind);
     void handOnMedia(std::unique_ptr<RtpPacket> media, bool afterHole);
     void learnMatrix(FecKind kind, const ProtectedRange& range);
+    bool isBegun(FecKind kind);
     void holdEarly(std::unique_ptr<RtpPacket> fec);
     void handOnEarly();
     bool mayHoldFec() const;
@@ -65,6 +66,8 @@ private:
     MediaOrderer orderer_;
     FecGate gate_;
     MatrixSize matrix_;                              ///< of this run
+    unsigned rowsAlone_ = 0;                         ///< row FEC packets before any column FEC packet of it
+    std::optional<std::uint8_t> usualRows_;          ///< of runs before it; 0 for rows alone
     std::optional<std::uint16_t> previous_;          ///< media number handed on last in this run
     bool restarted_ = false;                         ///< nothing handed on since a restart
     std::uint64_t unbroken_ = 0;                     ///< media packets handed on since a hole or a new matrix

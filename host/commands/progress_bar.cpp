@@ -1,7 +1,6 @@
 #include "host/commands/progress_bar.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <string>
 
 #include <fmt/format.h>
@@ -22,7 +21,7 @@ constexpr int width = 40;
 ProgressBar::ProgressBar() : terminal_(platform::isErrorTerminal()), next_(Clock::now() + patience) {}
 
 ProgressBar::~ProgressBar() {
-    if (shown_) std::fputs("\r\033[K", stderr);
+    if (shown_) tellPerson("\r\033[K");
 }
 
 void ProgressBar::look(double share) {
@@ -32,7 +31,8 @@ void ProgressBar::look(double share) {
     shown_ = true;
     const int filled = static_cast<int>(std::clamp(share, 0.0, 1.0) * width);
     tellPerson(fmt::format("\r[{}{}] {:3.0f} %", std::string(static_cast<std::size_t>(filled), '#'),
-                           std::string(static_cast<std::size_t>(width - filled), '.'), share * 100));
+                           std::string(static_cast<std::size_t>(width - filled), '.'), share * 100),
+               std::chrono::milliseconds(0));
 }
 
 }  // namespace mvrtpfec

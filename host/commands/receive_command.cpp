@@ -90,7 +90,7 @@ public:
         // What was pushed out at the end had to wait for it.
         meter_.takeLatency();
         look();
-        report_.interval(totals(), latency);
+        report_.end(totals(), latency);
     }
 
     ReceptionTotals totals() {

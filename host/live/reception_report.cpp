@@ -1,78 +1,85 @@
 #include "host/live/reception_report.h"
 
-#include <cerrno>
+#include <algorithm>
 #include <string>
-#include <system_error>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include "host/io/file_error.h"
 #include "host/io/standard_error.h"
-#include "platform/files/files.h"
 #include "platform/process/terminal.h"
 
 namespace mvrtpfec {
 
 namespace {
 
+using namespace std::chrono_literals;
+
 double milliseconds(std::chrono::nanoseconds time) {
     return std::chrono::duration<double, std::milli>(time).count();
 }
 
-std::FILE* openJson(const std::filesystem::path& path) {
-    if (path.empty()) return nullptr;
-    std::FILE* const file = path == "-" ? platform::standardOutput() : platform::createText(path);
-    if (file == nullptr) throw FileError(path, "cannot create", errno);
-    return file;
+double secondsBetween(SteadyTime from, SteadyTime to) {
+    return std::max(std::chrono::duration<double>(to - from).count(), 1e-3);
 }
 
 }  // namespace
 
 ReceptionReport::ReceptionReport(const std::filesystem::path& json)
-    : json_(openJson(json)), isTerminal_(platform::isErrorTerminal()) {}
+    : json_(json), isTerminal_(platform::isErrorTerminal()) {}
 
 ReceptionReport::~ReceptionReport() {
-    if (isTerminal_) tellPerson("\n");
+    if (isTerminal_) tellPerson("\n", 0ms);
 }
 
 void ReceptionReport::interval(const ReceptionTotals& totals, std::chrono::nanoseconds latency) {
-    const auto now = std::chrono::steady_clock::now();
-    const double seconds = std::max(std::chrono::duration<double>(now - lastTime_).count(), 1e-3);
-    const double bitRate =
-        8.0 * static_cast<double>(totals.reception.mediaBytes - last_.reception.mediaBytes) / seconds;
-    const RtpFecInTotals& receiver = totals.repair.receiver;
-    tellPerson(fmt::format(
-        "{}{:.3f} Mbit/s, {}, latency {:.0f} ms, received {}, lost {}, rebuilt {}, lost for good {}, FEC "
-        "missing {}, longest burst {}, jitter {:.1f} ms{}",
-        isTerminal_ ? "\r\033[K" : "", bitRate / 1e6, matrixText(totals.reception), milliseconds(latency),
-        totals.reception.media, receiver.lost, receiver.rebuilt, totals.lostForGood,
-        totals.reception.fecMissing, totals.longestBurst(), milliseconds(totals.reception.jitter),
-        isTerminal_ ? "" : "\n"));
-    if (json_) writeJson(totals, seconds, milliseconds(latency));
-    last_ = totals;
-    lastTime_ = now;
+    tell({totals}, latency, 0ms);
 }
 
-void ReceptionReport::writeJson(const ReceptionTotals& totals, double seconds, double latency) {
-    nlohmann::ordered_json line{{"interval_seconds", seconds}};
-    const auto counters = countersOf(totals);
-    const auto before = countersOf(last_);
+void ReceptionReport::end(const ReceptionTotals& totals, std::chrono::nanoseconds latency) {
+    tell({totals}, latency, 1s);
+}
+
+void ReceptionReport::tell(const Look& now, std::chrono::nanoseconds latency,
+                           std::chrono::milliseconds patience) {
+    tellPersonOf(now, latency, patience);
+    told_ = now;
+    latency_ = std::max(latency_, latency);
+    if (!json_.isOpen() || !json_.write(jsonOf(now), patience)) return;
+    written_ = now;
+    latency_ = 0ns;
+}
+
+void ReceptionReport::tellPersonOf(const Look& now, std::chrono::nanoseconds latency,
+                                   std::chrono::milliseconds patience) const {
+    const ReceptionFigures& reception = now.totals.reception;
+    const double bits = 8.0 * static_cast<double>(reception.mediaBytes - told_.totals.reception.mediaBytes);
+    const RtpFecInTotals& receiver = now.totals.repair.receiver;
+    const std::string text = fmt::format(
+        "{:.3f} Mbit/s, {}, latency {:.0f} ms, received {}, lost {}, rebuilt {}, lost for good {}, FEC "
+        "missing {}, longest burst {}, jitter {:.1f} ms",
+        bits / secondsBetween(told_.time, now.time) / 1e6, matrixText(reception), milliseconds(latency),
+        reception.media, receiver.lost, receiver.rebuilt, now.totals.lostForGood, reception.fecMissing,
+        now.totals.longestBurst(), milliseconds(reception.jitter));
+    // Rewritten in place, and cut by a terminal that is too narrow: a second line couldn't be rewritten.
+    tellPerson(isTerminal_ ? "\r\033[K\033[?7l" + text + "\033[?7h" : text + "\n", patience);
+}
+
+std::string ReceptionReport::jsonOf(const Look& now) const {
+    nlohmann::ordered_json line{{"interval_seconds", secondsBetween(written_.time, now.time)}};
+    const auto counters = countersOf(now.totals);
+    const auto before = countersOf(written_.totals);
     for (std::size_t i = 0; i < counters.size(); ++i) {
         const std::string name(counters[i].name);
         line["interval"][name] = counters[i].value - before[i].value;
         line["total"][name] = counters[i].value;
     }
-    line["interval"]["longest_latency_ms"] = latency;
-    line["longest_burst_packets"] = totals.longestBurst();
-    line["columns"] = totals.reception.columns;
-    line["rows"] = totals.reception.rows;
-    line["jitter_ms"] = milliseconds(totals.reception.jitter);
-    const std::string text = line.dump() + "\n";
-    std::fwrite(text.data(), 1, text.size(), json_.get());
-    if (std::fflush(json_.get()) == 0) return;
-    tellPerson(fmt::format("mvrtpfec: no more JSON lines: {}\n", std::generic_category().message(errno)));
-    json_.reset();
+    line["interval"]["longest_latency_ms"] = milliseconds(latency_);
+    line["longest_burst_packets"] = now.totals.longestBurst();
+    line["columns"] = now.totals.reception.columns;
+    line["rows"] = now.totals.reception.rows;
+    line["jitter_ms"] = milliseconds(now.totals.reception.jitter);
+    return line.dump() + "\n";
 }
 
 }  // namespace mvrtpfec

@@ -1,38 +1,45 @@
 #pragma once
 
 #include <chrono>
-#include <cstdio>
 #include <filesystem>
-#include <memory>
+#include <string>
 
+#include "host/live/json_lines.h"
 #include "host/live/reception_figures.h"
 
 namespace mvrtpfec {
 
-/// Tells how reception goes: a line on standard error, rewritten in place on a terminal, and JSON lines.
+/// Tells how reception goes: a line on standard error, rewritten in place on a terminal, and JSON lines. Who
+/// doesn't read them misses some, but no packet waits for it.
 class ReceptionReport {
 public:
-    /// "" for no JSON, "-" for standard output. Throws FileError.
+    /// See JsonLines.
     explicit ReceptionReport(const std::filesystem::path& json);
     ~ReceptionReport();
 
     ReceptionReport(const ReceptionReport&) = delete;
     ReceptionReport& operator=(const ReceptionReport&) = delete;
 
-    /// What happened since the last call. `latency` is the longest of that time.
+    /// What happened since the last call, in JSON since the last line. `latency` is the longest of that time.
     void interval(const ReceptionTotals& totals, std::chrono::nanoseconds latency);
+    /// The last one, for which a reader is waited for.
+    void end(const ReceptionTotals& totals, std::chrono::nanoseconds latency);
 
 private:
-    struct Closer {
-        // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): this is the owner
-        void operator()(std::FILE* file) const { std::fclose(file); }
+    struct Look {
+        ReceptionTotals totals;
+        SteadyTime time = std::chrono::steady_clock::now();
     };
 
-    void writeJson(const ReceptionTotals& totals, double seconds, double latency);
+    void tell(const Look& now, std::chrono::nanoseconds latency, std::chrono::milliseconds patience);
+    void tellPersonOf(const Look& now, std::chrono::nanoseconds latency,
+                      std::chrono::milliseconds patience) const;
+    std::string jsonOf(const Look& now) const;
 
-    std::unique_ptr<std::FILE, Closer> json_;
-    ReceptionTotals last_;
-    SteadyTime lastTime_ = std::chrono::steady_clock::now();
+    JsonLines json_;
+    Look told_;                            ///< to a person
+    Look written_;                         ///< in JSON
+    std::chrono::nanoseconds latency_{0};  ///< the longest since then
     bool isTerminal_;
 };
 

@@ -22,14 +22,6 @@ std::FILE* standardInput() noexcept {
     return fdopen(duplicateDescriptor(STDIN_FILENO), "rb");
 }
 
-std::FILE* standardOutput() noexcept {
-    return fdopen(duplicateDescriptor(STDOUT_FILENO), "wb");
-}
-
-std::FILE* createText(const fs::path& path) noexcept {
-    return std::fopen(path.c_str(), "wbe");  // NOLINT(cppcoreguidelines-owning-memory)
-}
-
 int openForWriting(const fs::path& path) noexcept {
     return open(path.c_str(), O_WRONLY | O_CLOEXEC);
 }

@@ -38,14 +38,6 @@ std::FILE* standardInput() noexcept {
     return _fdopen(duplicateDescriptor(0), "rb");
 }
 
-std::FILE* standardOutput() noexcept {
-    return _fdopen(duplicateDescriptor(1), "wb");
-}
-
-std::FILE* createText(const fs::path& path) noexcept {
-    return _wfopen(path.c_str(), L"wbN");
-}
-
 int openForWriting(const fs::path& path) noexcept {
     return _wopen(path.c_str(), forWriting);
 }

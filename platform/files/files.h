@@ -17,10 +17,6 @@ namespace platform {
 std::FILE* openForReading(const std::filesystem::path& path) noexcept;
 /// Another stream on standard input, to be closed like any.
 std::FILE* standardInput() noexcept;
-/// The same on standard output.
-std::FILE* standardOutput() noexcept;
-/// A new or emptied file for lines of text.
-std::FILE* createText(const std::filesystem::path& path) noexcept;
 /// Where the next read begins, in bytes from the start.
 std::int64_t positionOf(std::FILE* stream) noexcept;
 

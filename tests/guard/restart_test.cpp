@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <ostream>
 
 #include <gtest/gtest.h>
@@ -110,6 +111,32 @@ TEST_P(ChangedMatrix, IsFollowed) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Guard, ChangedMatrix, ::testing::Bool());
+
+class WithoutColumns : public ::testing::TestWithParam<Matrix> {};
+
+// From a matrix to rows alone, and from rows alone to the same and to others.
+TEST_P(WithoutColumns, FlowOnWithinTwoMatrices) {
+    const Matrix before = GetParam();
+    Source source = shortPackets(500);
+    StreamRun run(Mode::guarded, before, source);
+    run.send(1000);
+    int longest = std::max(2 * before.columns * std::max<int>(before.rows, 1), 128);
+    for (const Matrix& next : {Matrix{5, 0}, Matrix{5, 0}, Matrix{10, 0}, Matrix{5, 0}, Matrix{4, 0}}) {
+        run.resetSilence();
+        ++source.ssrc;
+        ++source.seed;
+        source.firstNumber = static_cast<std::uint16_t>(source.firstNumber + 9000);
+        run.restart(source, next);
+        run.send(1000);
+        EXPECT_LE(run.delivery().longestSilence, longest + next.columns);
+        longest = 2 * next.columns;
+    }
+    run.finish();
+    EXPECT_EQ(run.delivery().mismatched, 0);
+    EXPECT_EQ(run.residual(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Guard, WithoutColumns, ::testing::Values(Matrix{5, 5}, Matrix{20, 5}, Matrix{7, 0}));
 
 // A decoder that is replaced right behind a wrap can't release what it holds behind 65534.
 TEST(RestartAtTheWrap, LosesAtMostTheWindow) {

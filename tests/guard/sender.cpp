@@ -1,5 +1,6 @@
 #include "tests/guard/sender.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace mvrtpfec::testing {
@@ -29,8 +30,11 @@ Sender::Sender(const Matrix& matrix, const Source& source, SentLog& log, Wire wi
       random_(source.seed),
       number_(source.firstNumber),
       timestamp_(static_cast<std::uint32_t>(random_.bits())),
-      composerA_(sinkOf(ReceiverInput::columnFec, 700), fecColumn, matrix.columns, matrix.rows),
-      composerB_(sinkOf(ReceiverInput::rowFec, 31000), fecRow, matrix.columns, matrix.rows) {}
+      composerB_(sinkOf(ReceiverInput::rowFec, 31000), fecRow, matrix.columns,
+                 std::max<std::uint8_t>(matrix.rows, 4)) {
+    if (matrix.rows != 0)
+        composerA_.emplace(sinkOf(ReceiverInput::columnFec, 700), fecColumn, matrix.columns, matrix.rows);
+}
 
 FecPacketSink Sender::sinkOf(ReceiverInput port, std::uint16_t firstNumber) {
     return [this, port, next = firstNumber](const std::shared_ptr<RtpPacket>& fec) mutable {
@@ -62,7 +66,7 @@ void Sender::send(int packets) {
         const WirePacket media = makeMedia();
         wire_(media);
         const ConstRtpPacketView view{media.bytes.data(), static_cast<std::uint16_t>(media.bytes.size())};
-        composerA_.protect(view);
+        if (composerA_) composerA_->protect(view);
         composerB_.protect(view);
     }
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <unordered_map>
@@ -41,7 +42,7 @@ private:
 
 struct Matrix {
     std::uint8_t columns;
-    std::uint8_t rows;
+    std::uint8_t rows;  ///< 0 for row FEC alone
 };
 
 struct Source {
@@ -77,7 +78,7 @@ private:
     std::uint16_t number_;
     std::uint32_t timestamp_;
     std::int64_t lastId_ = 0;
-    CFecComposer composerA_;
+    std::optional<CFecComposer> composerA_;
     CFecComposer composerB_;
 };
 

@@ -66,7 +66,8 @@ void StreamRun::finish() {
     const Wire past = [this](const WirePacket& packet) { chain_.push(packet.port, packet.bytes); };
     Source padding{sender_->nextNumber()};
     padding.ssrc = sender_->ssrc();
-    Sender(matrix_, padding, log_, past).sendBare(2 * matrix_.columns * matrix_.rows + slack);
+    Sender(matrix_, padding, log_, past)
+        .sendBare(2 * matrix_.columns * std::max<int>(matrix_.rows, 1) + slack);
     chain_.finish();
 }
 

@@ -36,6 +36,8 @@ public:
     /// From now on the network gives each packet to `tap` too.
     void setTap(Wire tap) { tap_ = std::move(tap); }
     void finish();
+    /// Measures the longest silence from here on.
+    void resetSilence() { delivery_.longestSilence = silence_ = 0; }
 
     std::int64_t sent() const { return log_.count(); }
     std::uint16_t nextNumber() const { return sender_->nextNumber(); }

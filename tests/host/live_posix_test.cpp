@@ -4,8 +4,11 @@
 #include <string>
 #include <thread>
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "tests/host/program_run.h"
 #include "tests/host/udp_listeners.h"
@@ -73,6 +76,27 @@ TEST_F(LiveChainTest, AStreamComesThroughALossyRelayWhole) {
     const auto last = nlohmann::json::parse(text.substr(text.rfind('\n', text.size() - 2) + 1));
     EXPECT_GT(last["total"]["rebuilt_packets"], 0);
     EXPECT_EQ(last["total"]["delivered_packets"], 1140);
+}
+
+// Who pages through the figures, or pauses the program that draws them, must not stop the stream.
+TEST_F(LiveChainTest, AReaderOfTheFiguresWhoStopsReadingStopsNothing) {
+    const std::string pipe = pathOf("full").string();
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const int reader = open(pipe.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    const Bytes much(4096);
+    while (write(reader, much.data(), much.size()) > 0) continue;
+    const std::uint16_t port = UdpListeners(6).firstPort();
+    const std::string script = fmt::format(
+        "exec timeout --foreground --preserve-status -k 5 -s INT 5 {} receive --from 127.0.0.1:{} out.ts "
+        "--stats 100ms --json - > full 2>&1",
+        program().string(), port);
+    store("receive.sh", Bytes(script.begin(), script.end()));
+    Beside receiver([&] { return runProcess("sh", "receive.sh", pathOf("")); });
+    EXPECT_EQ(run(fmt::format("send in.ts --to 127.0.0.1:{} --preset balanced --bitrate 8M", port)).status,
+              0);
+    EXPECT_EQ(receiver.finish().status, 0);
+    EXPECT_TRUE(load("out.ts") == sample());
+    close(reader);
 }
 
 TEST_F(LiveChainTest, Ipv6AndGroupsBetweenTwoNetworks) {
