@@ -164,7 +164,7 @@ void addSendCommand(CLI::App& app) {
         ->add_option("--input-interface", options->media.receiving.interfaceName,
                      "Network interface for an input group, where it isn't the output's")
         ->type_name("IF");
-    command->add_flag("--loop", options->media.loop, "Begin a file anew when it ends");
+    command->add_flag("--loop", options->media.loop, "Play a file again and again, as one stream");
     addSendingOptions(*command, options->sending);
     addModuleOption(*command, options->module);
     addLogOptions(*command, options->log);

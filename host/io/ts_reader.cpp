@@ -23,7 +23,7 @@ TsReader::TsReader(InputFile file) : file_(std::move(file)) {
 std::optional<TimedTsPacket> TsReader::next() {
     if (!readAhead(1)) return std::nullopt;
     if (spanIndex_ == spanLength_) startSpan();
-    TimedTsPacket packet{ahead_.front().bytes, clock_->rtpTimestamp(spanIndex_), clock_->elapsed(spanIndex_)};
+    TimedTsPacket packet{ahead_.front(), clock_->rtpTimestamp(spanIndex_), clock_->elapsed(spanIndex_)};
     ahead_.pop_front();
     ++spanIndex_;
     return packet;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <chrono>
 #include <cstdint>
 #include <deque>
@@ -15,8 +14,7 @@
 namespace mvrtpfec {
 
 /// One packet of a transport stream and when it is due.
-struct TimedTsPacket {
-    std::array<std::uint8_t, tsPacketSize> bytes;
+struct TimedTsPacket : TsPacket {
     std::uint32_t rtpTimestamp;        ///< its clock in 90 kHz, modulo 2^32
     std::chrono::nanoseconds elapsed;  ///< since the first packet
 };

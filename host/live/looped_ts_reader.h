@@ -1,15 +1,18 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 
 #include "host/io/ts_reader.h"
+#include "host/live/ts_continuation.h"
 
 namespace mvrtpfec {
 
-/// A transport stream file again and again: the first packet of a round follows the last one of the round
-/// before as that followed the one before it.
+/// A transport stream file again and again, as one stream that runs on. A round begins when the streams of
+/// the round before have played what they brought, by their own times; until then null packets follow its
+/// last one.
 class LoopedTsReader final : public TimedTsPackets {
 public:
     using Opener = std::function<std::unique_ptr<TsReader>()>;
@@ -22,9 +25,13 @@ public:
     double progress() const override { return 0; }
 
 private:
+    void beginRound(std::uint64_t ticks);
+    TimedTsPacket fill();
+
     Opener open_;
     std::unique_ptr<TsReader> reader_;
-    std::chrono::nanoseconds roundStart_{0};
+    TsContinuation continuation_;
+    std::uint64_t roundTicks_ = 0;  ///< 90 kHz, of the round's start
     std::chrono::nanoseconds latest_{0};
     std::chrono::nanoseconds step_{0};
 };

@@ -250,35 +250,6 @@ TEST(DelayLineTest, HoldsPacketsAsLongAsItShould) {
     EXPECT_FALSE(line.next());
 }
 
-TEST_F(LiveTest, ALoopedFileRunsOn) {
-    for (const auto& bitRate : {std::optional<std::uint64_t>(), std::optional<std::uint64_t>(5'000'000)}) {
-        FileMediaInput input(pathOf("in.ts"), {.bitRate = bitRate, .loop = true, .receiving = {}});
-        DuePacket next;
-        const Bytes file = sample();
-        std::ptrdiff_t place = 0;
-        std::uint16_t number = 0;
-        std::uint32_t timestamp = 0;
-        SteadyTime due{};
-        for (int i = 0; i < 3000; ++i) {
-            ASSERT_EQ(input.read(next), MediaInput::Got::packet);
-            EXPECT_EQ(next.packet->view.sequenceNumber(), number++);
-            ASSERT_EQ(next.packet->view.payloadLength(), 7 * 188);
-            for (std::size_t ts = 0; ts < 7; ++ts, place = (place + 188) % std::ssize(file))
-                ASSERT_TRUE(std::equal(file.begin() + place, file.begin() + place + 188,
-                                       next.packet->view.payload() + 188 * ts));
-            if (i > 0) {
-                const auto step = std::chrono::duration<double, std::milli>(*next.due - due).count();
-                const double ticks = static_cast<std::int32_t>(next.packet->view.timestamp() - timestamp);
-                EXPECT_GT(step, 0.0) << i;
-                EXPECT_LT(step, 20.0) << i;
-                EXPECT_NEAR(ticks / 90, step, 0.1) << i;
-            }
-            due = *next.due;
-            timestamp = next.packet->view.timestamp();
-        }
-    }
-}
-
 TEST_F(LiveTest, WhatStandsBeforeABreakInTheFileLeaves) {
     Bytes cut = sample();
     cut.resize(20 * 7 * 188 + 3 * 188 + 100);
