@@ -2,7 +2,9 @@
 
 #include <stdexcept>
 
-#include "host/commands/commands.h"
+#include <CLI/CLI.hpp>
+
+#include "host/usage_error.h"
 
 namespace mvrtpfec {
 

@@ -1,8 +1,10 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include "host/graph/channel.h"
+
+namespace CLI {
+class App;
+}
 
 namespace mvrtpfec {
 

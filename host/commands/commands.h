@@ -2,15 +2,11 @@
 
 #include <stdexcept>
 
-#include <CLI/CLI.hpp>
+namespace CLI {
+class App;
+}
 
 namespace mvrtpfec {
-
-/// Arguments that can't be meant; the program ends with status 2.
-class UsageError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 /// The work is done, but packets were lost for good; the program ends with status 3.
 class LossError : public std::runtime_error {

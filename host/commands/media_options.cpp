@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "host/commands/choice_option.h"

@@ -2,11 +2,13 @@
 
 #include <optional>
 
-#include <CLI/CLI.hpp>
-
 #include "host/media/frame_rate.h"
 #include "host/media/stream_format.h"
 #include "rtp_media/chain/rtp_packet_builder.h"
+
+namespace CLI {
+class App;
+}
 
 namespace mvrtpfec {
 

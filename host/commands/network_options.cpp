@@ -3,7 +3,9 @@
 #include <charconv>
 #include <string>
 
-#include "host/commands/commands.h"
+#include <CLI/CLI.hpp>
+
+#include "host/usage_error.h"
 
 namespace mvrtpfec {
 

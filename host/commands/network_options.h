@@ -3,9 +3,11 @@
 #include <cstdint>
 #include <optional>
 
-#include <CLI/CLI.hpp>
-
 #include "host/net/udp_sockets.h"
+
+namespace CLI {
+class App;
+}
 
 // Options of the commands that work over a network.
 

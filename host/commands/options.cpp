@@ -6,10 +6,12 @@
 #include <string>
 #include <utility>
 
+#include <CLI/CLI.hpp>
+
 #include "host/commands/choice_option.h"
-#include "host/commands/commands.h"
 #include "host/io/file_error.h"
 #include "host/plan/matrix_presets.h"
+#include "host/usage_error.h"
 #include "platform/files/utf8_path.h"
 
 namespace mvrtpfec {
@@ -131,14 +133,6 @@ void requireDistinct(const std::filesystem::path& one, const std::filesystem::pa
     std::error_code error;
     if (std::filesystem::weakly_canonical(one, error) == std::filesystem::weakly_canonical(other, error))
         throw UsageError(platform::utf8From(one) + " is named for two outputs");
-}
-
-FileFormat requireFormat(const std::filesystem::path& path) {
-    try {
-        return formatOf(path);
-    } catch (const std::exception& error) {
-        throw UsageError(error.what());
-    }
 }
 
 }  // namespace mvrtpfec

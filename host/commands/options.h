@@ -5,13 +5,16 @@
 #include <optional>
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "host/graph/matrix_config.h"
 #include "host/interop/fec_format.h"
 #include "host/io/file_format.h"
 #include "host/io/packet_source.h"
 #include "mvrtpfec/receiver_guard.h"
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
 
 // Options that several commands share, each with its text in one place.
 
@@ -49,7 +52,5 @@ void requireMedia(std::uint64_t packets, const PacketSource& source, const std::
                   std::uint16_t port);
 /// Throws UsageError when two files to be written are one.
 void requireDistinct(const std::filesystem::path& one, const std::filesystem::path& other);
-/// Throws UsageError for a name whose extension tells no format.
-FileFormat requireFormat(const std::filesystem::path& path);
 
 }  // namespace mvrtpfec

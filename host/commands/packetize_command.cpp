@@ -2,6 +2,7 @@
 #include <memory>
 #include <string>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "host/commands/commands.h"
@@ -17,6 +18,7 @@
 #include "host/media/picture_closer.h"
 #include "host/media/session_file.h"
 #include "host/media/unit_clock.h"
+#include "host/usage_error.h"
 #include "platform/files/utf8_path.h"
 #include "rtp_media/chain/rtp_packet_builder.h"
 
@@ -126,7 +128,7 @@ void checkOptions(const PacketizeOptions& options) {
                                      options.format->name, options.format->name));
     if (options.isTransport() && options.sentPayloadType() != transportPayloadType)
         throw UsageError("a transport stream goes as payload type 33 and no other");
-    if (requireFormat(options.out) == FileFormat::transportStream)
+    if (formatOf(options.out) == FileFormat::transportStream)
         throw UsageError(platform::utf8From(options.out) + ": packets go into a .pcap or .pcapng file");
     requireDistinct(options.out, options.sdp);
     requireDistinct(options.out, options.json);

@@ -2,6 +2,7 @@
 #include <memory>
 #include <string>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "host/commands/channel_options.h"
@@ -12,6 +13,7 @@
 #include "host/io/packet_source.h"
 #include "host/plan/loss_trace.h"
 #include "host/plan/matrix_plan.h"
+#include "host/usage_error.h"
 
 namespace mvrtpfec {
 
@@ -57,7 +59,7 @@ nlohmann::ordered_json toJson(const PlanEntry& entry) {
 constexpr std::size_t mostTraced = 100'000;
 
 LossTrace loadTrace(const PlanOptions& options) {
-    if (requireFormat(options.trace) == FileFormat::transportStream)
+    if (formatOf(options.trace) == FileFormat::transportStream)
         throw UsageError("a trace is a .pcap or .pcapng file");
     const auto source = openSource(options.trace, options.port);
     LossTrace trace = readLossTrace(*source);

@@ -9,6 +9,7 @@
 
 #include "host/commands/commands.h"
 #include "host/io/standard_error.h"
+#include "host/usage_error.h"
 #include "platform/process/signals.h"
 #include "platform/process/terminal.h"
 

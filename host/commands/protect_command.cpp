@@ -2,6 +2,7 @@
 #include <memory>
 #include <string>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "host/commands/commands.h"
@@ -14,6 +15,7 @@
 #include "host/io/packet_sink.h"
 #include "host/io/packet_source.h"
 #include "host/log/program_log.h"
+#include "host/usage_error.h"
 #include "platform/files/utf8_path.h"
 
 namespace mvrtpfec {
@@ -82,8 +84,8 @@ ProtectFigures protectStream(PacketSource& source, PacketSink& sink, const Prote
 
 void runProtect(const ProtectOptions& options) {
     checkMatrix(options.matrix);
-    requireFormat(options.in);
-    if (requireFormat(options.out) == FileFormat::transportStream)
+    formatOf(options.in);
+    if (formatOf(options.out) == FileFormat::transportStream)
         throw UsageError(platform::utf8From(options.out) +
                          ": a .ts file can't carry FEC packets; name a .pcap or .pcapng file");
 

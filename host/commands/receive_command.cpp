@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
@@ -24,6 +25,7 @@
 #include "host/log/program_log.h"
 #include "host/net/endpoint.h"
 #include "host/stages/repair_chain.h"
+#include "host/usage_error.h"
 #include "platform/files/utf8_path.h"
 #include "platform/process/signals.h"
 

@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <string>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "host/commands/channel_options.h"

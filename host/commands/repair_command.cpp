@@ -2,6 +2,7 @@
 #include <memory>
 #include <string>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "host/commands/commands.h"
@@ -59,8 +60,8 @@ RepairFigures repairStream(PacketSource& source, RepairedOutput& output, const R
 }
 
 void runRepair(const RepairOptions& options, mvn::log::ILogPerf& log) {
-    requireFormat(options.in);
-    requireFormat(options.out);
+    formatOf(options.in);
+    formatOf(options.out);
     requireDistinct(options.out, options.json);
     const auto source = openSource(options.in, options.port);
     RepairedOutput output(options.out, options.port, *source);

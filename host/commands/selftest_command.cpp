@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
+
 #include "host/commands/commands.h"
 #include "host/commands/options.h"
 #include "host/commands/sample_file.h"

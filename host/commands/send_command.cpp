@@ -3,6 +3,7 @@
 #include <string>
 #include <utility>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "host/commands/commands.h"

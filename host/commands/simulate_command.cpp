@@ -2,6 +2,7 @@
 #include <memory>
 #include <string>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "host/commands/channel_options.h"
@@ -121,11 +122,11 @@ void runSimulate(const SimulateOptions& options, mvn::log::ILogPerf& log) {
     checkMatrix(options.matrix);
     requireChannel(options.channel);
     requireDistinct(options.output, options.json);
-    requireFormat(options.in);
+    formatOf(options.in);
     const auto source = openSource(options.in, options.port);
     std::unique_ptr<RepairedOutput> output;
     if (!options.output.empty()) {
-        requireFormat(options.output);
+        formatOf(options.output);
         output = std::make_unique<RepairedOutput>(options.output, options.port, *source);
     }
     const SimulateFigures figures = simulateStream(*source, output.get(), options, log);

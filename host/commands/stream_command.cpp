@@ -6,6 +6,7 @@
 #include <thread>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "host/commands/commands.h"
@@ -17,6 +18,7 @@
 #include "host/stream/steady_clock.h"
 #include "host/stream/stream_input.h"
 #include "host/stream/udp_output.h"
+#include "host/usage_error.h"
 #include "platform/files/utf8_path.h"
 #include "platform/process/signals.h"
 #include "rtp_media/send/rtp_scheduler.h"

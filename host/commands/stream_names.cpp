@@ -6,8 +6,8 @@
 
 #include <fmt/format.h>
 
-#include "host/commands/commands.h"
 #include "host/net/endpoint.h"
+#include "host/usage_error.h"
 #include "platform/files/utf8_path.h"
 
 namespace mvrtpfec {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "host/io/file_error.h"
+#include "host/usage_error.h"
 #include "platform/files/utf8_path.h"
 
 namespace mvrtpfec {
@@ -22,7 +22,7 @@ FileFormat formatOf(const std::filesystem::path& path) {
     if (extension == ".ts") return FileFormat::transportStream;
     if (extension == ".pcap") return FileFormat::pcap;
     if (extension == ".pcapng") return FileFormat::pcapng;
-    throw FileError(path, "the name must end in .ts, .pcap or .pcapng");
+    throw UsageError(platform::utf8From(path) + ": the name must end in .ts, .pcap or .pcapng");
 }
 
 }  // namespace mvrtpfec

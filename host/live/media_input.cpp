@@ -1,9 +1,9 @@
 #include "host/live/media_input.h"
 
-#include "host/commands/commands.h"
 #include "host/live/file_media_input.h"
 #include "host/live/udp_media_input.h"
 #include "host/net/endpoint.h"
+#include "host/usage_error.h"
 #include "platform/files/utf8_path.h"
 
 namespace mvrtpfec {

@@ -5,13 +5,13 @@
 
 #include <asio/io_context.hpp>
 
-#include "host/commands/commands.h"
-#include "host/commands/options.h"
 #include "host/io/file_error.h"
+#include "host/io/file_format.h"
 #include "host/io/media_payload.h"
 #include "host/io/output_file.h"
 #include "host/net/endpoint.h"
 #include "host/net/packet_writer.h"
+#include "host/usage_error.h"
 #include "platform/files/utf8_path.h"
 #include "platform/process/signals.h"
 
@@ -107,7 +107,7 @@ std::unique_ptr<MediaOutput> openMediaOutput(const std::string& text, const Send
     if (text.starts_with(rtp))
         return std::make_unique<UdpMediaOutput>(parseEndpoint(text.substr(rtp.size())), options, false);
     const auto path = platform::pathFromUtf8(text);
-    if (requireFormat(path) != FileFormat::transportStream)
+    if (formatOf(path) != FileFormat::transportStream)
         throw UsageError(text + ": is no .ts file, udp:// or rtp:// address, - or null");
     return std::make_unique<FileMediaOutput>(path);
 }

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "host/commands/commands.h"
 #include "host/net/endpoint.h"
+#include "host/usage_error.h"
 
 namespace mvrtpfec {
 

@@ -1,5 +1,7 @@
 #include "host/log/log_options.h"
 
+#include <CLI/CLI.hpp>
+
 #include "host/commands/choice_option.h"
 #include "host/commands/options.h"
 

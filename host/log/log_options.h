@@ -4,7 +4,9 @@
 #include <filesystem>
 #include <string>
 
-#include <CLI/CLI.hpp>
+namespace CLI {
+class App;
+}
 
 namespace mvrtpfec {
 

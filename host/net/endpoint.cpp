@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-#include "host/commands/commands.h"
+#include "host/usage_error.h"
 
 namespace mvrtpfec {
 

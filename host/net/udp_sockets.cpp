@@ -5,7 +5,7 @@
 #include <asio/ip/multicast.hpp>
 #include <asio/ip/unicast.hpp>
 
-#include "host/commands/commands.h"
+#include "host/usage_error.h"
 #include "platform/net/multicast.h"
 #include "platform/net/socket.h"
 
