@@ -31,20 +31,21 @@ void checkChannel(const ChannelConfig& config) {
     checkReachable(config.fecLoss, config.burst);
 }
 
+LossChances lossChances(double loss, double burst) {
+    if (burst <= 1) return {loss, 1 - loss};
+    const double leave = 1 / burst;
+    return {loss >= 1 ? 1 : leave * loss / (1 - loss), leave};
+}
+
 Channel::Channel(const ChannelConfig& config, Output output)
     : config_(config), output_(std::move(output)), random_(config.seed) {
     checkChannel(config);
-    losses_ = {makeLossState(config.loss), makeLossState(config.fecLoss), makeLossState(config.fecLoss)};
-}
-
-Channel::LossState Channel::makeLossState(double loss) const {
-    if (config_.burst <= 1) return {loss, 1 - loss, false};
-    const double leave = 1 / config_.burst;
-    return {loss >= 1 ? 1 : leave * loss / (1 - loss), leave, false};
+    const LossState fec{lossChances(config.fecLoss, config.burst)};
+    losses_ = {LossState{lossChances(config.loss, config.burst)}, fec, fec};
 }
 
 bool Channel::isLost(LossState& state) {
-    const double chance = state.losing ? 1 - state.leave : state.enter;
+    const double chance = state.losing ? 1 - state.chances.leave : state.chances.enter;
     state.losing = draw() < chance;
     return state.losing;
 }

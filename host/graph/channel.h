@@ -21,6 +21,14 @@ struct ChannelConfig {
     std::uint64_t seed = 1;
 };
 
+/// Of a two-state Gilbert model.
+struct LossChances {
+    double enter = 0;  ///< of a burst to begin at a packet outside one
+    double leave = 1;  ///< of a burst to end before the next packet
+};
+
+LossChances lossChances(double loss, double burst);
+
 /// Widest reordering offered; a receiver gives up long before.
 inline constexpr int maxReorder = 1000;
 
@@ -46,8 +54,7 @@ public:
 
 private:
     struct LossState {
-        double enter = 0;  ///< chance of a burst to begin at a packet outside one
-        double leave = 1;  ///< chance of a burst to end before the next packet
+        LossChances chances;
         bool losing = false;
     };
     struct Travelling {
@@ -60,7 +67,6 @@ private:
         }
     };
 
-    LossState makeLossState(double loss) const;
     bool isLost(LossState& state);
     double draw();
     void send(StreamPort port, std::vector<std::uint8_t> packet);

@@ -13,6 +13,7 @@ namespace mvrtpfec {
 struct LossTrace {
     std::vector<bool> lost;
     std::optional<std::uint64_t> bitRate;  ///< of the transport stream in it, bits per second
+    std::uint64_t outages = 0;             ///< of over a thousand packets; they count among the lost
 
     std::size_t losses() const;
     double loss() const;       ///< share
@@ -20,8 +21,9 @@ struct LossTrace {
     std::size_t longestBurst() const;
 };
 
-/// What the sequence numbers of the media packets tell. Where numbers begin elsewhere, by over a thousand or
-/// with another SSRC, nothing was lost. Throws FileError.
+/// What the sequence numbers of the media packets tell. Where over a thousand are missing they were lost if
+/// the timestamps went on as long as they take and as long as it took them; else the source has begun anew,
+/// as with another SSRC, and nothing was lost. Throws FileError.
 LossTrace readLossTrace(PacketSource& source);
 
 }  // namespace mvrtpfec

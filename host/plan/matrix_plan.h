@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "host/plan/fault_target.h"
 #include "host/plan/loss_trace.h"
 #include "host/plan/matrix_trial.h"
 
@@ -24,10 +25,11 @@ double delayOf(const MatrixCost& cost, std::uint64_t bitRate);
 struct PlanRequest {
     std::optional<std::uint64_t> bitRate;  ///< of the transport stream, bits per second
     ChannelConfig channel;
-    std::optional<LossTrace> trace;      ///< a measured one in the channel's place
-    std::optional<double> mostLatency;   ///< ms, two matrices deep
-    std::optional<double> mostOverhead;  ///< share
-    std::uint64_t packets = 20'000;      ///< of each trial
+    std::optional<LossTrace> trace;        ///< a measured one in the channel's place
+    std::optional<double> mostLatency;     ///< ms, two matrices deep
+    std::optional<double> mostOverhead;    ///< share
+    std::optional<std::uint64_t> packets;  ///< of each trial, else as many as tell something
+    std::optional<FaultTarget> target;
 };
 
 struct PlanEntry {
@@ -36,9 +38,14 @@ struct PlanEntry {
     TrialFigures trial;
     std::optional<double> latency;  ///< ms, one matrix deep
     std::string preset;             ///< its name, empty for most
+    bool holdsTarget = false;       ///< with 95 % certainty, and no leaner one does
 };
 
-/// The matrices within the limits, best first: by what is still lost, then by overhead, then by delay.
+/// Packets of each trial where there is no target.
+std::uint64_t usualPackets(const PlanRequest& request);
+
+/// The matrices within the limits, best first: by the bound of what is still lost, then by overhead, then by
+/// delay. With a target the leanest that holds it comes before all, if there is one.
 std::vector<PlanEntry> planMatrices(const PlanRequest& request);
 
 }  // namespace mvrtpfec

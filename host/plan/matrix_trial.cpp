@@ -10,6 +10,7 @@
 #include "core/fec_decoder.h"
 #include "core/fec_packet.h"
 #include "guard/packet_guard.h"
+#include "host/plan/drawn_losses.h"
 
 namespace mvrtpfec {
 
@@ -30,10 +31,11 @@ public:
     void push(const std::vector<std::uint8_t>& packet) {
         guard_.push(std::make_unique<RtpPacket>(packet.data(), packet.size()));
     }
-    std::uint64_t finish() {
+    /// What was delivered, by place in the stream.
+    const std::vector<bool>& finish() {
         guard_.flush();
         decoder_.reset();
-        return static_cast<std::uint64_t>(std::ranges::count(delivered_, true));
+        return delivered_;
     }
 
 private:
@@ -47,10 +49,15 @@ private:
         if (decoder_->Feed(packet.view.data, packet.view.length) != S_OK) decoder_ = makeDecoder();
     }
 
-    std::vector<bool> delivered_;  ///< by place in the stream
+    std::vector<bool> delivered_;
     std::unique_ptr<CFecDecoder> decoder_ = makeDecoder();
     PacketGuard guard_;
 };
+
+/// Packets of two matrices.
+std::uint64_t marginOf(const MatrixConfig& matrix) {
+    return 2 * static_cast<std::uint64_t>(matrix.columns) * static_cast<std::uint64_t>(matrix.rows);
+}
 
 std::array<std::uint8_t, rtpHeaderSize + payloadSize> mediaPacket(std::uint64_t number) {
     std::array<std::uint8_t, rtpHeaderSize + payloadSize> packet{versionTwo, mediaPayloadType};
@@ -66,7 +73,9 @@ public:
     TracedNetwork(const LossTrace& trace, Receiving& receiving)
         : trace_(trace),
           receiving_(receiving),
-          places_{0, trace.lost.size() / 3, trace.lost.size() * 2 / 3} {}
+          places_{TraceLosses::startOf(StreamPort::media, trace),
+                  TraceLosses::startOf(StreamPort::fecA, trace),
+                  TraceLosses::startOf(StreamPort::fecB, trace)} {}
 
     void push(StreamPort port, const std::vector<std::uint8_t>& packet) {
         std::size_t& place = places_[static_cast<std::size_t>(port)];
@@ -77,6 +86,7 @@ public:
         else if (port == StreamPort::media)
             ++droppedMedia_;
     }
+    void finish() {}
     std::uint64_t droppedMedia() const { return droppedMedia_; }
 
 private:
@@ -86,41 +96,52 @@ private:
     std::uint64_t droppedMedia_ = 0;
 };
 
-/// A stream of media packets and the FEC packets that they complete.
+/// A stream of media packets and the FEC packets that they complete, through a network in its middle part.
 template <class Network>
-void sendThrough(Network& network, const MatrixConfig& matrix, std::uint64_t packets) {
+TrialFigures sendThrough(Network& network, Receiving& receiving, const MatrixConfig& matrix,
+                         std::uint64_t packets) {
+    bool isLossless = true;
+    const auto send = [&](StreamPort port, const std::uint8_t* bytes, std::size_t size) {
+        const std::vector<std::uint8_t> packet(bytes, bytes + size);
+        isLossless ? receiving.push(packet) : network.push(port, packet);
+    };
     CFecComposer composer(
         [&](const std::shared_ptr<RtpPacket>& fec) {
-            network.push(fecKind(fec->view) == FecKind::row ? StreamPort::fecB : StreamPort::fecA,
-                         {fec->view.data, fec->view.data + fec->view.length});
+            send(fecKind(fec->view) == FecKind::row ? StreamPort::fecB : StreamPort::fecA, fec->view.data,
+                 fec->view.length);
         },
         matrix.mode, matrix.columns, matrix.rows);
-    for (std::uint64_t i = 0; i < packets; ++i) {
+    const std::uint64_t margin = marginOf(matrix);
+    for (std::uint64_t i = 0; i < packets + 2 * margin; ++i) {
+        if (i == margin + packets) network.finish();
+        isLossless = i < margin || i >= margin + packets;
         const auto media = mediaPacket(i);
-        network.push(StreamPort::media, {media.begin(), media.end()});
+        send(StreamPort::media, media.data(), media.size());
         composer.protect({media.data(), static_cast<std::uint16_t>(media.size())});
     }
+    TrialFigures figures;
+    figures.sent = packets;
+    figures.dropped = network.droppedMedia();
+    const std::vector<bool>& delivered = receiving.finish();
+    for (std::uint64_t i = 0; i < packets; ++i)
+        if (!delivered[margin + i]) figures.lost.add(i);
+    return figures;
 }
 
 }  // namespace
 
-double TrialFigures::residualLoss() const {
-    return sent == 0 ? 0 : 1 - static_cast<double>(delivered) / static_cast<double>(sent);
-}
-
 TrialFigures tryMatrix(const MatrixConfig& matrix, const ChannelConfig& channel, std::uint64_t packets) {
-    Receiving receiving(packets);
+    packets = std::min(packets, mostTried);
+    Receiving receiving(packets + 2 * marginOf(matrix));
     Channel network(channel, [&](StreamPort, const auto& packet) { receiving.push(packet); });
-    sendThrough(network, matrix, packets);
-    network.finish();
-    return {packets, network.droppedMedia(), receiving.finish()};
+    return sendThrough(network, receiving, matrix, packets);
 }
 
 TrialFigures tryMatrix(const MatrixConfig& matrix, const LossTrace& trace, std::uint64_t packets) {
-    Receiving receiving(packets);
+    packets = std::min(packets, mostTried);
+    Receiving receiving(packets + 2 * marginOf(matrix));
     TracedNetwork network(trace, receiving);
-    sendThrough(network, matrix, packets);
-    return {packets, network.droppedMedia(), receiving.finish()};
+    return sendThrough(network, receiving, matrix, packets);
 }
 
 }  // namespace mvrtpfec
