@@ -2,7 +2,6 @@
 #include <cmath>
 #include <random>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "host/plan/drawn_losses.h"
@@ -104,15 +103,15 @@ TEST(PlanTest, ABoundIsPoissonsAndHoldsForClustersToo) {
     TrialFigures none;
     none.sent = 20'000;
     EXPECT_NEAR(none.residualLossBound(), 0.00015, 1e-6);
-    // Of clusters of one or nine, with four expected, the bound misses the mean in one run of twenty at most.
+    // Of clusters of one or nine, with twenty expected, the bound misses the mean in one run of twenty at most.
     std::mt19937_64 random(3);
     int missed = 0;
     for (int run = 0; run < 4000; ++run) {
         RareCount rare;
         for (std::uint64_t place = 0; place < 1'000'000; place += RareCount::stretch)
-            if (random() % 1000 < 4)
+            if (random() % 1000 < 20)
                 for (int n = random() % 2 ? 1 : 9; n > 0; --n) rare.add(place);
-        missed += rare.upperBound(1'000'000, 9) < 4 * 5;
+        missed += rare.upperBound(1'000'000, 9) < 20 * 5;
     }
     EXPECT_LT(missed, 4000 / 20 + 40);
     EXPECT_GT(missed, 4);
@@ -120,7 +119,7 @@ TEST(PlanTest, ABoundIsPoissonsAndHoldsForClustersToo) {
 
 TEST(PlanTest, AFaultIsWhatIsLostWithinAHundred) {
     ResidualLosses lost;
-    for (const std::uint64_t place : {5, 6, 104, 105, 300, 301}) lost.add(place);
+    for (const unsigned place : {5U, 6U, 104U, 105U, 300U, 301U}) lost.add(place);
     EXPECT_EQ(lost.faults().count(), 3U);
     for (std::uint64_t place = 1000; place < 1250; ++place) lost.add(place);
     EXPECT_EQ(lost.faults().count(), 6U);
@@ -242,14 +241,14 @@ TEST_F(PlanCommand, TellsTheSameInJson) {
     for (const auto& matrix : json["matrices"]) EXPECT_LE(matrix["overhead_percent"], 25);
     EXPECT_EQ(run("plan --max-latency 100").status, 2);
     EXPECT_EQ(run("plan --target \"one fault in 4h\"").status, 2) << "at no bit rate";
-    EXPECT_THAT(run("plan --target soon").text, testing::HasSubstr("one fault in 4h"));
+    EXPECT_NE(run("plan --target soon").text.find("one fault in 4h"), std::string::npos);
     const auto held =
         figures("plan --bitrate 8M --loss 0.001 --target \"one fault in 10min\"")["matrices"][0];
     EXPECT_TRUE(held["holds_target"]);
     EXPECT_GE(held["seconds_between_faults_bound"], 600);
     const Outcome missed = run("plan --bitrate 8M --loss 0.1 --packets 2000 --target \"one fault in 1d\"");
     EXPECT_EQ(missed.status, 1);
-    EXPECT_THAT(missed.text, testing::HasSubstr("no matrix is sure to hold one fault in 1d: "));
+    EXPECT_NE(missed.text.find("no matrix is sure to hold one fault in 1d: "), std::string::npos);
     EXPECT_EQ(run("plan --trace none.pcap").status, 1);
     EXPECT_EQ(run("plan --trace none.pcap --loss 0.1").status, 2);
     store("in.ts", sample());
