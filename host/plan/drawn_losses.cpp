@@ -1,5 +1,6 @@
 #include "host/plan/drawn_losses.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace mvrtpfec {

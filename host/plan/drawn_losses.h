@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <random>
+#include <vector>
 
 #include "host/graph/channel.h"
 #include "host/plan/loss_trace.h"
