@@ -144,6 +144,9 @@ TEST_F(Sample, metadataIsReplacedEmptiedAndRemoved) {
     ASSERT_EQ(sample->GetMetaData(MetaData_DataId, &bytes, &count), S_OK);
     EXPECT_EQ(count, 7u);
     EXPECT_FALSE(GetDataId(sample, id)) << "no whole record";
+    sample->SetMetaData(MetaData_DataId, payload, sizeof(payload));
+    EXPECT_TRUE(GetDataId(sample, id)) << "more than a record";
+    EXPECT_EQ(id, 0u);
 
     sample->SetMetaData(MetaData_DataId, nullptr, 0);
     EXPECT_EQ(sample->GetMetaData(MetaData_DataId, &bytes, &count), S_OK);
