@@ -97,7 +97,10 @@ TEST_F(Sample, propertiesAreTakenAsFarAsTheSizeCovers) {
     record.dwSampleFlags = 0x1D7;
     record.lActual = 4;
     EXPECT_EQ(put(record, 3), S_OK);
+    EXPECT_EQ(put(record, offsetof(Properties, tStop) + 7), E_INVALIDARG) << "a time that isn't there";
     EXPECT_EQ(properties().dwTypeSpecificFlags, 0u);
+    REFERENCE_TIME time = 1;
+    sample->SetTime(&time, nullptr);
     EXPECT_EQ(put(record, offsetof(Properties, lActual) + 3), S_OK);
     EXPECT_EQ(properties().dwSampleFlags, 0x1D7u);
     EXPECT_EQ(sample->GetActualDataLength(), 16);
