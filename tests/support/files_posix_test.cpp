@@ -1,8 +1,11 @@
 #include <functional>
 
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "support/files/drive.h"
 #include "tests/support/file_tree.h"
 
 namespace mvn {
@@ -25,6 +28,22 @@ TEST_F(FilesPosixTest, LinksAreRemovedAndNotFollowed) {
     root().Child("alone").Remove();
     EXPECT_EQ(namesIn(root()), std::set<std::string>{"outside/"});
     EXPECT_EQ(read("outside/precious"), "stays");
+}
+
+TEST_F(FilesPosixTest, NothingIsCopiedOntoItselfThroughALink) {
+    root().Child("tree").EnsureDirectory();
+    write("tree/one", "1");
+    std::filesystem::create_symlink("one", native("tree/link"));
+    std::filesystem::create_symlink(native("tree"), native("other"));
+    const File tree = root().Child("tree");
+    const File other = root().Child("other");
+    for (const auto& [from, to] : {std::pair(tree.Child("link"), tree.Child("one")), std::pair(tree, other),
+                                   std::pair(tree, other.Child("in")), std::pair(tree.Child("link"), tree),
+                                   std::pair(tree.Child("one"), other.Child("one"))}) {
+        EXPECT_NE(failure([&, &from = from, &to = to] { from.Copy(to); }), "");
+        EXPECT_EQ(namesIn(tree), (std::set<std::string>{"link", "one"})) << to.Path();
+        EXPECT_EQ(read("tree/link"), "1") << to.Path();
+    }
 }
 
 TEST_F(FilesPosixTest, EveryNameCanBeListedCopiedAndRemoved) {
@@ -81,6 +100,31 @@ TEST_F(FilesPosixTest, WithoutPermissionNothingElseIsTouched) {
         "could not enumerate the contents of [" + root().Path() + "\\tree\\locked]: Win32 error 5";
     EXPECT_EQ(asOther([&] { return failure([&] { root().Child("tree").Remove(); }) == unlisted; }), 0);
     std::filesystem::permissions(native("tree/locked"), std::filesystem::perms::all);
+}
+
+TEST_F(FilesPosixTest, DrivesMayBeMany) {
+    constexpr int many = 20;
+    const pid_t child = fork();
+    if (child == 0) {
+        const bool mayMount = (unshare(CLONE_NEWNS) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) &&
+                              mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                              mount("none", folder_.c_str(), "tmpfs", 0, nullptr) == 0;
+        if (!mayMount) _exit(2);
+        for (int i = 0; i < many; ++i) {
+            const auto point = native(std::string(100, 'n') + std::to_string(i));
+            std::filesystem::create_directory(point);
+            if (mount("none", point.c_str(), "tmpfs", 0, nullptr) != 0) _exit(2);
+        }
+        _exit(failure([] {
+                  if (Drive::List().size() <= many) throw std::length_error("too few");
+              }).empty()
+                  ? 0
+                  : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    if (WEXITSTATUS(status) == 2) GTEST_SKIP() << "no file system may be mounted here";
+    EXPECT_EQ(status, 0);
 }
 
 TEST_F(FilesPosixTest, ADirectoryThatChangesWhileItIsListed) {
