@@ -74,16 +74,21 @@ TEST_F(FilesPosixTest, DeepTreesGoOrTheirTooLongPathIsNamed) {
     EXPECT_EQ(namesIn(root()), std::set<std::string>{});
 }
 
-/// Runs it as nobody.
-int asOther(const std::function<bool()>& action) {
+/// What it returns in a process of its own; -1 when it throws.
+template <class Action>
+int inChild(const Action& action) {
     const pid_t child = fork();
-    if (child == 0) {
-        if (getuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(2);
-        _exit(action() ? 0 : 1);
-    }
+    if (child == 0) [&]() noexcept { _exit(action()); }();
     int status = -1;
     waitpid(child, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+int asOther(const std::function<bool()>& action) {
+    return inChild([&] {
+        if (getuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) return 2;
+        return action() ? 0 : 1;
+    });
 }
 
 TEST_F(FilesPosixTest, WithoutPermissionNothingElseIsTouched) {
@@ -104,27 +109,21 @@ TEST_F(FilesPosixTest, WithoutPermissionNothingElseIsTouched) {
 
 TEST_F(FilesPosixTest, DrivesMayBeMany) {
     constexpr int many = 20;
-    const pid_t child = fork();
-    if (child == 0) {
-        const bool mayMount = (unshare(CLONE_NEWNS) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) &&
-                              mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-                              mount("none", folder_.c_str(), "tmpfs", 0, nullptr) == 0;
-        if (!mayMount) _exit(2);
-        for (int i = 0; i < many; ++i) {
+    const int result = inChild([&] {
+        const auto mounts = [](const auto& point) {
+            return mount("none", point.c_str(), "tmpfs", 0, "") == 0;
+        };
+        bool mayMount = (unshare(CLONE_NEWNS) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) &&
+                        mount("", "/", "", MS_REC | MS_PRIVATE, "") == 0 && mounts(folder_);
+        std::error_code error;
+        for (int i = 0; i < many && mayMount; ++i) {
             const auto point = native(std::string(100, 'n') + std::to_string(i));
-            std::filesystem::create_directory(point);
-            if (mount("none", point.c_str(), "tmpfs", 0, nullptr) != 0) _exit(2);
+            mayMount = std::filesystem::create_directory(point, error) && mounts(point);
         }
-        _exit(failure([] {
-                  if (Drive::List().size() <= many) throw std::length_error("too few");
-              }).empty()
-                  ? 0
-                  : 1);
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    if (WEXITSTATUS(status) == 2) GTEST_SKIP() << "no file system may be mounted here";
-    EXPECT_EQ(status, 0);
+        return !mayMount ? 2 : Drive::List().size() > many ? 0 : 1;
+    });
+    if (result == 2) GTEST_SKIP() << "no file system may be mounted here";
+    EXPECT_EQ(result, 0);
 }
 
 TEST_F(FilesPosixTest, ADirectoryThatChangesWhileItIsListed) {
