@@ -67,7 +67,7 @@ TEST_F(ThreadTest, IsDestroyedAtOnceWhateverItDoes) {
     EXPECT_TRUE(isSet(ended_, patience));
 
     ResetEvent(ended_);
-    constexpr int times = 300;
+    constexpr int times = 100;
     std::atomic<int> runs{0};
     std::optional<Thread> next;
     for (int i = 0; i < times; ++i) {
@@ -76,7 +76,7 @@ TEST_F(ThreadTest, IsDestroyedAtOnceWhateverItDoes) {
         });
         if (i % 2 == 0) next->Start();
     }
-    EXPECT_TRUE(isSet(ended_, patience)) << "of 150 only " << runs << " ran what they were made for";
+    EXPECT_TRUE(isSet(ended_, patience)) << "of 50 only " << runs << " ran what they were made for";
 }
 
 void runToTheEnd(const std::function<void()>& callable) {
