@@ -5,6 +5,7 @@ namespace mvn {
 namespace {
 
 constexpr std::size_t stackSize = 0x10000;
+constexpr DWORD notResumed = 0xFFFFFFFF;
 
 constexpr DWORD creationFlags() {
     return CREATE_SUSPENDED;
@@ -13,8 +14,9 @@ constexpr DWORD creationFlags() {
 }  // namespace
 
 Thread::Thread(const std::function<void()>& callable)
-    : callable_(callable),
-      handle_(CreateThread(nullptr, stackSize, &Thread::ThreadProc, this, creationFlags(), &id_)) {}
+    : callable_(std::make_unique<Callable>(callable)),
+      handle_(CreateThread(nullptr, stackSize, &Thread::ThreadProc, callable_.get(), creationFlags(), &id_)) {
+}
 
 Thread::~Thread() {
     WaitForSingleObject(handle_, 0);
@@ -22,12 +24,14 @@ Thread::~Thread() {
 }
 
 void Thread::Start() noexcept {
-    ResumeThread(handle_);
+    // Given up first: once resumed, the thread may end, and this be gone, at any moment.
+    Callable* given = callable_.release();
+    if (ResumeThread(handle_) == notResumed) callable_.reset(given);
 }
 
-DWORD WINAPI Thread::ThreadProc(LPVOID thread) noexcept {
-    const std::function<void()> callable = static_cast<Thread*>(thread)->callable_;
-    callable();
+DWORD WINAPI Thread::ThreadProc(LPVOID callable) noexcept {
+    const std::unique_ptr<Callable> mine(static_cast<Callable*>(callable));
+    (*mine)();
     return 0;
 }
 

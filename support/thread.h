@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 
 #include "platform/threads/sync.h"
 
@@ -10,13 +11,13 @@ namespace mvn {
 /// own state, and has a stack of 64 KiB.
 ///
 /// The destructor waits for nothing. So the owner makes the callable return and waits for the handle first,
-/// or keeps what the callable touches alive; the thread runs a copy of the callable, so once that runs, the
-/// Thread itself isn't needed any more. An exception that escapes the callable, or an empty callable, ends
-/// the process.
+/// or keeps what the callable touches alive; the callable is the started thread's own and goes when it
+/// returns, so from Start on the Thread itself isn't needed any more. An exception that escapes the callable,
+/// or an empty callable, ends the process.
 class Thread {
 public:
     /// Copies the callable. A thread that can't be created leaves a null handle, on which Start and the
-    /// destructor do nothing. `this` must stay where it is.
+    /// destructor do nothing.
     explicit Thread(const std::function<void()>& callable);
     virtual ~Thread();
 
@@ -28,13 +29,17 @@ public:
 
     /// Signalled when the thread has ended.
     HANDLE Handle() const noexcept { return handle_; }
+    /// The system's number for the thread; 0 when it couldn't be created.
+    DWORD Id() const noexcept { return id_; }
 
 private:
-    static DWORD WINAPI ThreadProc(LPVOID thread) noexcept;
+    using Callable = std::function<void()>;
 
-    std::function<void()> callable_;
+    static DWORD WINAPI ThreadProc(LPVOID callable) noexcept;
+
+    std::unique_ptr<Callable> callable_;  ///< until Start
+    DWORD id_ = 0;                        ///< before the handle, with which it is written
     HANDLE handle_;
-    DWORD id_ = 0;
 };
 
 }  // namespace mvn

@@ -6,9 +6,9 @@
 namespace mvrtpfec {
 
 HRESULT UpStreamPin::Deliver(IMediaData* data) {
-    auto* wrapper = dynamic_cast<MediaData*>(data);
-    if (wrapper == nullptr) return data == nullptr ? E_POINTER : E_INVALIDARG;
-    return guardedEntry([&] { return pin_->Deliver(wrapper->GetSample()); });
+    IMediaSample* sample = sampleOf(data);
+    if (sample == nullptr) return data == nullptr ? E_POINTER : E_INVALIDARG;
+    return guardedEntry([&] { return pin_->Deliver(sample); });
 }
 
 HRESULT UpStreamPin::GetDeliveryBuffer(IMediaData** data, REFERENCE_TIME* start, REFERENCE_TIME* stop,

@@ -11,7 +11,7 @@ class UpStreamPin final : public IOutputPin {
 public:
     explicit UpStreamPin(CBaseOutputPin* pin) noexcept : pin_(pin) {}
 
-    /// The wrapper's sample.
+    /// The wrapper's sample. E_INVALIDARG for a wrapper without one.
     HRESULT Deliver(IMediaData* data) override;
     HRESULT DeliverEndOfStream() override;
     HRESULT GetDeliveryBuffer(IMediaData** data, REFERENCE_TIME* start, REFERENCE_TIME* stop,

@@ -215,6 +215,12 @@ IMediaSample* MediaData2::GetSample() {
     return sample();
 }
 
+IMediaSample* sampleOf(IMediaData* data) noexcept {
+    if (auto* wrapper = dynamic_cast<MediaData*>(data)) return wrapper->GetSample();
+    if (auto* wrapper = dynamic_cast<MediaData2*>(data)) return wrapper->GetSample();
+    return nullptr;
+}
+
 void CreateMediaData(IMediaSample* sample, IMediaData** mediaData) noexcept {
     create<MediaData>(sample, mediaData);
 }

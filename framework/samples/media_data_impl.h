@@ -79,6 +79,9 @@ public:
     virtual IMediaSample* GetSample();
 };
 
+/// The sample under a wrapper of either kind, no reference added; null for what wraps none.
+IMediaSample* sampleOf(IMediaData* data) noexcept;
+
 /// The caller owns the wrapper's one reference; null when there is no memory.
 void CreateMediaData(IMediaSample* sample, IMediaData** mediaData) noexcept;
 void CreateMediaData2(IMediaSample* sample, IMediaData2** mediaData) noexcept;

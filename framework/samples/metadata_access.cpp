@@ -18,7 +18,7 @@ bool load(IMediaSample3* sample, MetaDataType key, Value& value) {
     static_assert(std::is_trivially_copyable_v<Value>);
     const BYTE* bytes = nullptr;
     ULONG count = 0;
-    if (FAILED(sample->GetMetaData(key, &bytes, &count)) || count != sizeof(Value)) return false;
+    if (FAILED(sample->GetMetaData(key, &bytes, &count)) || count < sizeof(Value)) return false;
     std::memcpy(&value, bytes, sizeof(Value));
     return true;
 }

@@ -8,7 +8,7 @@
 namespace mvrtpfec {
 
 // Typed access to a sample's metadata. Setters throw std::bad_alloc. Getters give false and leave the output
-// untouched when the entry is absent or not of its record's size.
+// untouched when the entry is absent or shorter than its record; of a longer one they take the beginning.
 
 void SetCuePoint(IMediaSample3* sample, const CuePoint& cuePoint);
 bool GetCuePoint(IMediaSample3* sample, CuePoint& cuePoint);

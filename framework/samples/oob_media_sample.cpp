@@ -213,6 +213,8 @@ STDMETHODIMP COOBMediaSample::SetProperties(DWORD size, const BYTE* properties) 
 HRESULT COOBMediaSample::checkProperties(const Properties& record, DWORD size) const noexcept {
     const bool setsFlags = covers(size, &Properties::dwSampleFlags);
     if (setsFlags && (record.dwSampleFlags & ~propertyFlags) != 0) return E_INVALIDARG;
+    const bool newlyTimed = setsFlags && (record.dwSampleFlags & ~flags_ & AM_SAMPLE_TIMEVALID) != 0;
+    if (newlyTimed && !covers(size, &Properties::tStop)) return E_INVALIDARG;
     if (covers(size, &Properties::lActual) && record.lActual > size_) return E_INVALIDARG;
     if (covers(size, &Properties::pMediaType) && (record.dwSampleFlags & AM_SAMPLE_TYPECHANGED) != 0 &&
         record.pMediaType == nullptr)

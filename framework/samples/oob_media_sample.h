@@ -49,7 +49,8 @@ public:
     /// Fills as much of an AM_SAMPLE2_PROPERTIES as `size` holds. The media type in it stays the sample's.
     STDMETHODIMP GetProperties(DWORD size, BYTE* properties) override;
     /// Takes the fields that `size` and the record's own cbData cover. A payload that is named must be the
-    /// sample's own. A refusal changes nothing.
+    /// sample's own, and a sample without times gets them from a record that has both. A refusal changes
+    /// nothing.
     STDMETHODIMP SetProperties(DWORD size, const BYTE* properties) override;
 
     STDMETHODIMP GetMetaData(MetaDataType key, const BYTE** bytes, ULONG* count) override;

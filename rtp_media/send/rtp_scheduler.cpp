@@ -87,7 +87,7 @@ void RTPScheduler::round() {
     try {
         sendDue(late);
     } catch (const std::exception& error) {
-        logger_.Log(0, "Error: %s", error.what());
+        logger_.Target().Log(0, "Error: %s", error.what());
     }
     try {
         if (!late.empty()) logLate(late);
@@ -167,7 +167,7 @@ void RTPScheduler::logLate(const LateStreams& late) {
         line += "[stream#" + std::to_string(id) + ": " + std::to_string(entry.packets) + " packets, " +
                 std::to_string(entry.lateness) + "ms late]";
     }
-    logger_.Log(1, "%s", line.c_str());
+    logger_.Target().Log(1, "%s", line.c_str());
 }
 
 }  // namespace mvrtpfec

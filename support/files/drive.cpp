@@ -47,9 +47,12 @@ std::uint64_t Drive::TotalSpace() const {
 }
 
 std::vector<std::string> Drive::List() {
-    std::array<char, 512> text{};
-    const DWORD length = GetLogicalDriveStringsA(text.size(), text.data());
-    if (length == 0 || length > text.size()) throw DriveException("Could not get drive list");
+    std::vector<char> text(512);
+    DWORD length = 0;
+    // What doesn't fit tells the size that it takes.
+    while ((length = GetLogicalDriveStringsA(static_cast<DWORD>(text.size()), text.data())) > text.size())
+        text.resize(length);
+    if (length == 0) throw DriveException("Could not get drive list");
     std::vector<std::string> roots;
     for (const char* root = text.data(); *root != '\0'; root += roots.back().size() + 1)
         roots.emplace_back(root);

@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "platform/files/placement.h"
 #include "support/string_format.h"
 #include "support/wide_text.h"
 
@@ -174,19 +175,15 @@ void File::Copy(const File& destination) const {
     const DWORD attributes = GetFileAttributesA(path_.c_str());
     const auto fail = [&] { throw std::runtime_error("cannot copy " + path_ + " to " + destination.path_); };
     // Before anything is removed that may be all there is.
-    if (!exists(attributes) || holds(destination)) fail();
+    if (!exists(attributes) || platform::leadsInto(destination.path_, path_)) fail();
     if (isDirectory(attributes)) {
         destination.EnsureDirectory();
         Enumerate([&](const File& child, bool) { child.Copy(destination.Child(child.components_.back())); });
         return;
     }
+    if (platform::leadsInto(path_, destination.path_)) fail();
     destination.Remove();
     if (!CopyFileA(path_.c_str(), destination.path_.c_str(), FALSE)) fail();
-}
-
-bool File::holds(const File& other) const {
-    return other.components_.size() >= components_.size() &&
-           std::equal(components_.begin(), components_.end(), other.components_.begin());
 }
 
 }  // namespace mvn

@@ -39,14 +39,15 @@ public:
     /// for what is no directory.
     void Enumerate(const Visitor& visit) const;
     /// A file, in place of what stands there, or the content of a directory into another. Throws
-    /// std::runtime_error; for what isn't there or would be copied onto or into itself with nothing touched.
+    /// std::runtime_error: for what isn't there, would be copied onto or into itself, or stands in the tree
+    /// that it would replace, with nothing touched. Two names of one file are the same file, however each is
+    /// written.
     void Copy(const File& destination) const;
 
 private:
     explicit File(std::vector<std::string> components);
 
     void removeEmptied() const;
-    bool holds(const File& other) const;
 
     std::vector<std::string> components_;
     std::string path_;

@@ -4,12 +4,13 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/threads/last_error.h"
+
 namespace mvn::log {
 
 MessageQueue::MessageQueue()
     : appended_(CreateSemaphoreW(nullptr, 0, std::numeric_limits<LONG>::max(), nullptr)) {
-    if (appended_ == nullptr)
-        throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), "semaphore");
+    if (appended_ == nullptr) throw std::system_error(platform::lastError(), "semaphore");
 }
 
 MessageQueue::~MessageQueue() {

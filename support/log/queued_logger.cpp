@@ -9,6 +9,8 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/threads/last_error.h"
+
 namespace mvn::log {
 
 namespace {
@@ -28,8 +30,7 @@ constexpr std::size_t longMessageSize = 1040;
 
 QueuedLogger::QueuedLogger(std::vector<std::unique_ptr<LogSink>> sinks, LogClock clock)
     : sinks_(std::move(sinks)), clock_(std::move(clock)), thread_([this] { consume(); }) {
-    if (thread_.Handle() == nullptr)
-        throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), "log thread");
+    if (thread_.Handle() == nullptr) throw std::system_error(platform::lastError(), "log thread");
     thread_.Start();
 }
 

@@ -21,6 +21,8 @@ public:
     void SetTarget(ILogPerf* target) noexcept {
         target_.store(target != nullptr ? target : &inner_, std::memory_order_release);
     }
+    /// Where calls go, for a message that must not be cut to the buffer here.
+    ILogPerf& Target() const noexcept { return *target_.load(std::memory_order_acquire); }
 
     [[gnu::format(printf, 3, 4)]] void Log(std::uint32_t level, const char* format, ...) override {
         MessageBuffer message;
@@ -29,19 +31,17 @@ public:
         formatMessage(message, format, arguments);
         va_end(arguments);
         // The text may hold percent signs, which must not be taken for conversions again.
-        target()->Log(level, "%s", message.data());
+        Target().Log(level, "%s", message.data());
     }
-    void CountResync() override { target()->CountResync(); }
-    void CountTsDiscontinuity() override { target()->CountTsDiscontinuity(); }
-    void CountDecodedPicture() override { target()->CountDecodedPicture(); }
-    void AddPoliticChoices(std::int32_t amount) override { target()->AddPoliticChoices(amount); }
-    void Sample() override { target()->Sample(); }
-    void RegisterBuffer(const char* name) override { target()->RegisterBuffer(name); }
-    void NotifyBufferFull(const char* name) override { target()->NotifyBufferFull(name); }
+    void CountResync() override { Target().CountResync(); }
+    void CountTsDiscontinuity() override { Target().CountTsDiscontinuity(); }
+    void CountDecodedPicture() override { Target().CountDecodedPicture(); }
+    void AddPoliticChoices(std::int32_t amount) override { Target().AddPoliticChoices(amount); }
+    void Sample() override { Target().Sample(); }
+    void RegisterBuffer(const char* name) override { Target().RegisterBuffer(name); }
+    void NotifyBufferFull(const char* name) override { Target().NotifyBufferFull(name); }
 
 private:
-    ILogPerf* target() const noexcept { return target_.load(std::memory_order_acquire); }
-
     T inner_;
     std::atomic<ILogPerf*> target_;
 };

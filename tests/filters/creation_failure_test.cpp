@@ -1,5 +1,8 @@
 #include <algorithm>
 #include <initializer_list>
+#include <string>
+#include <system_error>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -8,6 +11,7 @@
 #include "mvrtpfec/rtp_fec_in.h"
 #include "receiver/rtp_fec_in.h"
 #include "sender/rtp_fec_filter.h"
+#include "support/log/queued_logger.h"
 #include "tests/filters/fault_injection.h"
 
 namespace mvrtpfec {
@@ -86,6 +90,19 @@ TEST(CreationFailure, WithoutAWorkerTheReceiverStandsStill) {
     EXPECT_EQ(filter->Stop(), S_OK);
     filter.Release();
     EXPECT_EQ(CBaseObject::ObjectsActive(), objects);
+}
+
+TEST(CreationFailure, OfTheLoggerTellsTheSystemsNumber) {
+    for (const auto& [resource, name] :
+         {std::pair(Resource::thread, "log thread"), std::pair(Resource::semaphore, "semaphore")}) {
+        const FaultInjection fault(resource, 0);
+        try {
+            const mvn::log::QueuedLogger logger({});
+            ADD_FAILURE() << name;
+        } catch (const std::system_error& error) {
+            EXPECT_EQ(error.what(), std::string(name) + ": Win32 error 1450");
+        }
+    }
 }
 
 /// A pause that finds no memory fails as any other, and the next one succeeds.

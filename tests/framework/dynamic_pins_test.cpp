@@ -219,11 +219,17 @@ TEST(UpStreamPinTest, DeliversThroughThePin) {
     bytes[0] = 'x';
     data->SetActualDataLength(1);
     EXPECT_EQ(upstream->Deliver(data), S_OK);
+    IMediaData2* other = nullptr;
+    CreateMediaData2(sampleOf(data), &other);
+    EXPECT_EQ(upstream->Deliver(other), S_OK);
+    EXPECT_EQ(other->Release(), 0u);
     EXPECT_EQ(data->Release(), 0u);
     EXPECT_EQ(upstream->Deliver(nullptr), E_POINTER);
+    MediaData none(nullptr);
+    EXPECT_EQ(upstream->Deliver(&none), E_INVALIDARG);
     EXPECT_EQ(upstream->DeliverEndOfStream(), S_OK);
     EXPECT_EQ(upstream->Inactive(), S_OK);
-    EXPECT_EQ(sink->pin().packets(), std::vector<std::string>{"x"});
+    EXPECT_EQ(sink->pin().packets(), (std::vector<std::string>{"x", "x"}));
     EXPECT_EQ(sink->pin().endsOfStream, 1);
     sink->Stop();
     source->pin().Disconnect();

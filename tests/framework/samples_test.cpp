@@ -97,7 +97,10 @@ TEST_F(Sample, propertiesAreTakenAsFarAsTheSizeCovers) {
     record.dwSampleFlags = 0x1D7;
     record.lActual = 4;
     EXPECT_EQ(put(record, 3), S_OK);
+    EXPECT_EQ(put(record, offsetof(Properties, tStop) + 7), E_INVALIDARG) << "a time that isn't there";
     EXPECT_EQ(properties().dwTypeSpecificFlags, 0u);
+    REFERENCE_TIME time = 1;
+    sample->SetTime(&time, nullptr);
     EXPECT_EQ(put(record, offsetof(Properties, lActual) + 3), S_OK);
     EXPECT_EQ(properties().dwSampleFlags, 0x1D7u);
     EXPECT_EQ(sample->GetActualDataLength(), 16);
@@ -144,6 +147,9 @@ TEST_F(Sample, metadataIsReplacedEmptiedAndRemoved) {
     ASSERT_EQ(sample->GetMetaData(MetaData_DataId, &bytes, &count), S_OK);
     EXPECT_EQ(count, 7u);
     EXPECT_FALSE(GetDataId(sample, id)) << "no whole record";
+    sample->SetMetaData(MetaData_DataId, payload, sizeof(payload));
+    EXPECT_TRUE(GetDataId(sample, id)) << "more than a record";
+    EXPECT_EQ(id, 0u);
 
     sample->SetMetaData(MetaData_DataId, nullptr, 0);
     EXPECT_EQ(sample->GetMetaData(MetaData_DataId, &bytes, &count), S_OK);

@@ -196,14 +196,22 @@ TEST_F(DeliveryTest, ExceptionsOnTheStreamingThreadBecomeResults) {
     EXPECT_EQ(input(0).Receive(nullptr), E_POINTER);
 }
 
+struct SampleWithoutSize final : COOBMediaSample {
+    using COOBMediaSample::COOBMediaSample;
+    STDMETHODIMP_(LONG) GetSize() override { return 0; }
+};
+
 TEST_F(DeliveryTest, RuntsAreHarmless) {
     // Buffers of just their size, so that a read past their end is seen.
     for (const auto& [bytes, number] :
          {std::pair{Packet("\x80\x21\x12\x34"), 0x1234}, std::pair{Packet("\x80\x21\x12"), 0x1200},
           std::pair{Packet("\x80\x21"), 0}, std::pair{Packet(), 0}}) {
         std::vector<BYTE> exact(bytes.begin(), bytes.end());
-        auto sample = std::make_unique<COOBMediaSample>(exact.data(), static_cast<LONG>(exact.size()));
-        EXPECT_EQ(GetRtpSequenceNumber(CComPtr<IMediaSample>(sample.release())), number);
+        const auto size = static_cast<LONG>(exact.size());
+        for (COOBMediaSample* sample :
+             {new COOBMediaSample(exact.data(), size),
+              static_cast<COOBMediaSample*>(new SampleWithoutSize(exact.data(), size))})
+            EXPECT_EQ(GetRtpSequenceNumber(CComPtr<IMediaSample>(sample)), number);
     }
     connect();
     run();

@@ -1,8 +1,11 @@
 #include <functional>
 
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "support/files/drive.h"
 #include "tests/support/file_tree.h"
 
 namespace mvn {
@@ -25,6 +28,22 @@ TEST_F(FilesPosixTest, LinksAreRemovedAndNotFollowed) {
     root().Child("alone").Remove();
     EXPECT_EQ(namesIn(root()), std::set<std::string>{"outside/"});
     EXPECT_EQ(read("outside/precious"), "stays");
+}
+
+TEST_F(FilesPosixTest, NothingIsCopiedOntoItselfThroughALink) {
+    root().Child("tree").EnsureDirectory();
+    write("tree/one", "1");
+    std::filesystem::create_symlink("one", native("tree/link"));
+    std::filesystem::create_symlink(native("tree"), native("other"));
+    const File tree = root().Child("tree");
+    const File other = root().Child("other");
+    for (const auto& [from, to] : {std::pair(tree.Child("link"), tree.Child("one")), std::pair(tree, other),
+                                   std::pair(tree, other.Child("in")), std::pair(tree.Child("link"), tree),
+                                   std::pair(tree.Child("one"), other.Child("one"))}) {
+        EXPECT_NE(failure([&, &from = from, &to = to] { from.Copy(to); }), "");
+        EXPECT_EQ(namesIn(tree), (std::set<std::string>{"link", "one"})) << to.Path();
+        EXPECT_EQ(read("tree/link"), "1") << to.Path();
+    }
 }
 
 TEST_F(FilesPosixTest, EveryNameCanBeListedCopiedAndRemoved) {
@@ -55,16 +74,21 @@ TEST_F(FilesPosixTest, DeepTreesGoOrTheirTooLongPathIsNamed) {
     EXPECT_EQ(namesIn(root()), std::set<std::string>{});
 }
 
-/// Runs it as nobody.
-int asOther(const std::function<bool()>& action) {
+/// What it returns in a process of its own; -1 when it throws.
+template <class Action>
+int inChild(const Action& action) {
     const pid_t child = fork();
-    if (child == 0) {
-        if (getuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(2);
-        _exit(action() ? 0 : 1);
-    }
+    if (child == 0) [&]() noexcept { _exit(action()); }();
     int status = -1;
     waitpid(child, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+int asOther(const std::function<bool()>& action) {
+    return inChild([&] {
+        if (getuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) return 2;
+        return action() ? 0 : 1;
+    });
 }
 
 TEST_F(FilesPosixTest, WithoutPermissionNothingElseIsTouched) {
@@ -81,6 +105,25 @@ TEST_F(FilesPosixTest, WithoutPermissionNothingElseIsTouched) {
         "could not enumerate the contents of [" + root().Path() + "\\tree\\locked]: Win32 error 5";
     EXPECT_EQ(asOther([&] { return failure([&] { root().Child("tree").Remove(); }) == unlisted; }), 0);
     std::filesystem::permissions(native("tree/locked"), std::filesystem::perms::all);
+}
+
+TEST_F(FilesPosixTest, DrivesMayBeMany) {
+    constexpr int many = 20;
+    const int result = inChild([&] {
+        const auto mounts = [](const auto& point) {
+            return mount("none", point.c_str(), "tmpfs", 0, "") == 0;
+        };
+        bool mayMount = (unshare(CLONE_NEWNS) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) &&
+                        mount("", "/", "", MS_REC | MS_PRIVATE, "") == 0 && mounts(folder_);
+        std::error_code error;
+        for (int i = 0; i < many && mayMount; ++i) {
+            const auto point = native(std::string(100, 'n') + std::to_string(i));
+            mayMount = std::filesystem::create_directory(point, error) && mounts(point);
+        }
+        return !mayMount ? 2 : Drive::List().size() > many ? 0 : 1;
+    });
+    if (result == 2) GTEST_SKIP() << "no file system may be mounted here";
+    EXPECT_EQ(result, 0);
 }
 
 TEST_F(FilesPosixTest, ADirectoryThatChangesWhileItIsListed) {

@@ -1,7 +1,9 @@
 #include "support/thread.h"
 
 #include <array>
+#include <atomic>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 #include <gtest/gtest.h>
@@ -45,6 +47,12 @@ TEST_F(ThreadTest, RunsFromStartToTheCallablesEnd) {
     SetEvent(mayEnd_);
     EXPECT_TRUE(isSet(thread.Handle(), patience));
     EXPECT_TRUE(isSet(ended_, 0));
+
+    DWORD id = 0;
+    Thread told([&id] { id = GetCurrentThreadId(); });
+    told.Start();
+    EXPECT_TRUE(isSet(told.Handle(), patience));
+    EXPECT_EQ(told.Id(), id);
 }
 
 TEST_F(ThreadTest, IsDestroyedAtOnceWhateverItDoes) {
@@ -57,6 +65,18 @@ TEST_F(ThreadTest, IsDestroyedAtOnceWhateverItDoes) {
     EXPECT_FALSE(isSet(ended_, 0));
     SetEvent(mayEnd_);
     EXPECT_TRUE(isSet(ended_, patience));
+
+    ResetEvent(ended_);
+    constexpr int times = 100;
+    std::atomic<int> runs{0};
+    std::optional<Thread> next;
+    for (int i = 0; i < times; ++i) {
+        next.emplace([&, i] {
+            if (i % 2 == 0 && ++runs == times / 2) SetEvent(ended_);
+        });
+        if (i % 2 == 0) next->Start();
+    }
+    EXPECT_TRUE(isSet(ended_, patience)) << "of 50 only " << runs << " ran what they were made for";
 }
 
 void runToTheEnd(const std::function<void()>& callable) {

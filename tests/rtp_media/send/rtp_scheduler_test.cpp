@@ -1,3 +1,5 @@
+#include <array>
+
 #include "support/com_exception.h"
 #include "tests/rtp_media/send/scheduler_fixture.h"
 
@@ -56,6 +58,19 @@ TEST_F(SchedulerTest, CountsPacketsMoreThan80MillisecondsLate) {
     EXPECT_EQ(log.latenesses, (std::vector<std::int32_t>{81, 80}));
     EXPECT_EQ(log.lines, std::vector<std::string>{"1 RTP late packets : [stream#1: 2 packets, 80ms late]"});
     EXPECT_EQ(video.media.take().size(), 3U);
+}
+
+TEST_F(SchedulerTest, TellsEveryLateStreamInOneLine) {
+    std::array<Lane, 12> lanes;
+    for (std::uint32_t id = 0; id < lanes.size(); ++id) {
+        add(id, StreamType::aacAdts, lanes[id]);
+        lanes[id].parser.frame(at(0));
+    }
+    roundAt(0);
+    roundAt(2081);
+    ASSERT_EQ(log.lines.size(), 1U);
+    EXPECT_TRUE(log.lines[0].ends_with("[stream#11: 1 packets, 81ms late]")) << log.lines[0];
+    for (std::uint32_t id = 0; id < lanes.size(); ++id) scheduler.removeStream(id);
 }
 
 TEST_F(SchedulerTest, DropsWhatIsFarFromTheClockAndAsksForARestartInTheEnd) {
