@@ -129,6 +129,20 @@ TEST_F(Protected, RestartBringsNothingThatWasNotSent) {
     EXPECT_EQ(load("plain.ts").size(), (2 * length - 1) * 7u * 188);
 }
 
+/// FEC packets over a hole would name packets that they don't protect.
+TEST_F(Protected, HolesInACaptureHaveNothingWrongRebuilt) {
+    protect();
+    lose([](const Datagram& d, int) { return isMedia(d, 333, 333) || isMedia(d, 700, 719); });
+    const Outcome result = run("protect lossy.pcap again.pcap --mode both --columns 10 --rows 10");
+    EXPECT_NE(result.text.find("FEC over holes, left out"), std::string::npos) << result.text;
+    run("repair again.pcap out.ts --guard on");
+    Bytes sent = sample();
+    constexpr int size = 7 * 188;
+    sent.erase(sent.begin() + 700 * size, sent.begin() + 720 * size);
+    sent.erase(sent.begin() + 333 * size, sent.begin() + 334 * size);
+    EXPECT_TRUE(load("out.ts") == sent);
+}
+
 TEST_F(ProgramTest, SimulationIsRepeatableAndSaysWhetherTheStreamIsWhole) {
     const std::string base = "simulate --mode both --columns 10 --rows 10 --loss 0.03 ";
     const auto first = figures(base + "--seed 4 --output out.ts");

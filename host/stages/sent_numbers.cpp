@@ -1,4 +1,4 @@
-#include "host/live/sent_numbers.h"
+#include "host/stages/sent_numbers.h"
 
 #include <algorithm>
 
