@@ -198,7 +198,7 @@ void addReceiveCommand(CLI::App& app) {
                      "Serve the figures to Prometheus, at http://ADDR:PORT/metrics")
         ->type_name("ADDR:PORT");
     addModuleOption(*command, options->module);
-    addLogOptions(*command, options->log);
+    addLogOptions(*command, options->log, {rtpFecInPool});
     command->footer(
         "It ends with status 3 when packets were lost for good.\n"
         "Examples:\n"

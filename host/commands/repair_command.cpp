@@ -88,7 +88,7 @@ void addRepairCommand(CLI::App& app) {
     addFecIntakeOption(*command, options->fecFormat);
     addJsonOption(*command, options->json);
     addModuleOption(*command, options->module);
-    addLogOptions(*command, options->log);
+    addLogOptions(*command, options->log, {rtpFecInPool});
     command->footer(
         "Examples:\n"
         "  mvrtpfec repair feed-fec.pcap repaired.ts --guard on\n"

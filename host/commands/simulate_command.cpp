@@ -148,7 +148,7 @@ void addSimulateCommand(CLI::App& app) {
         ->type_name("FILE");
     addJsonOption(*command, options->json);
     addModuleOption(*command, options->module);
-    addLogOptions(*command, options->log);
+    addLogOptions(*command, options->log, {rtpFecInPool});
     command->footer(
         "Examples:\n"
         "  mvrtpfec simulate --mode both --columns 10 --rows 10 --loss 0.03\n"

@@ -47,10 +47,13 @@ struct ProgramLog::Parts {
     explicit Parts(const LogOptions& options)
         : csv(options.statistics.empty()
                   ? nullptr
-                  : std::make_unique<PlainFileSink>(options.statistics, everyLevel,
-                                                    FileSink::Opening::replaced, complain)),
+                  : std::make_unique<CsvFileSink>(options.statistics, everyLevel, FileSink::Opening::replaced,
+                                                  complain)),
           logger(sinks(options)),
-          statistics(logger, csv.get()) {}
+          statistics(logger, csv.get()) {
+        // The header is written before there is a filter.
+        for (const char* buffer : options.buffers) statistics.RegisterBuffer(buffer);
+    }
 
     std::vector<std::unique_ptr<LogSink>> sinks(const LogOptions& options) {
         std::vector<std::unique_ptr<LogSink>> all;
@@ -94,15 +97,18 @@ ILogPerf& ProgramLog::log() {
     return parts_->statistics;
 }
 
-/// The header when the buffers have had time to be registered, then a line each second and one at the end.
+/// The header, then a line each second and one at the end.
 void ProgramLog::sampleEachSecond() {
     using namespace std::chrono_literals;
+    StatisticsLogPerf& statistics = parts_->statistics;
     std::unique_lock lock(mutex_);
-    for (auto pause = 200ms; !ending_.wait_for(lock, pause, [this] { return ends_; }); pause = 1000ms) {
-        parts_->statistics.Sample();
-        parts_->statistics.tick();
+    statistics.Sample();
+    while (!ending_.wait_for(lock, 1s, [this] { return ends_; })) {
+        statistics.Sample();
+        statistics.tick();
     }
-    parts_->statistics.Sample();
+    // The system counts its times in steps, and a run may last less than one.
+    for (int tries = 50; !statistics.writeLine() && --tries > 0;) std::this_thread::sleep_for(2ms);
 }
 
 void runLogged(const LogOptions& options, const std::string& what,
