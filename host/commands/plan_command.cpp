@@ -65,6 +65,7 @@ LossTrace loadTrace(const PlanOptions& options) {
     LossTrace trace = readLossTrace(*source);
     requireMedia(trace.lost.size(), *source, options.trace, options.port);
     return trace;
+    tellBreak(*source, options.trace);
 }
 
 nlohmann::ordered_json toJson(const PlanRequest& request) {

@@ -65,6 +65,7 @@ void runRepair(const RepairOptions& options, mvn::log::ILogPerf& log) {
     requireDistinct(options.out, options.json);
     const auto source = openSource(options.in, options.port);
     RepairedOutput output(options.out, options.port, *source);
+    tellBreak(*source, options.in, &log);
     const RepairFigures figures = repairStream(*source, output, options, log);
     logFigures(log, figures);
 

@@ -129,6 +129,7 @@ void runSimulate(const SimulateOptions& options, mvn::log::ILogPerf& log) {
         formatOf(options.output);
         output = std::make_unique<RepairedOutput>(options.output, options.port, *source);
     }
+    tellBreak(*source, options.in, &log);
     const SimulateFigures figures = simulateStream(*source, output.get(), options, log);
     logFigures(log, figures.repair);
     report(options, figures);

@@ -16,11 +16,6 @@ protected:
         store("in.ts", sample());
         EXPECT_EQ(run("protect in.ts fec.pcap --mode both --columns 5 --rows 5 --log run.log").status, 0);
     }
-
-    std::string text(const std::string& name) const {
-        const Bytes bytes = load(name);
-        return {bytes.begin(), bytes.end()};
-    }
 };
 
 TEST_F(LogOptionsTest, RunsFollowEachOtherInTheLogAndTheFiguresHaveTheReceiversBuffer) {

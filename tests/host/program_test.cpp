@@ -143,6 +143,23 @@ TEST_F(Protected, HolesInACaptureHaveNothingWrongRebuilt) {
     EXPECT_TRUE(load("out.ts") == sent);
 }
 
+TEST_F(Protected, BrokenCaptureIsRepairedAsFarAsItGoes) {
+    protect();
+    const Bytes whole = load("fec.pcap");
+    store("cut.pcap", Bytes(whole.begin(), whole.begin() + 500'000));
+    Bytes damaged = whole;
+    std::fill_n(damaged.begin() + 499'800, 16, 0xff);  // the header of the packet that is cut there
+    store("damaged.pcap", damaged);
+    const Bytes sent = sample();
+    for (const std::string name : {"cut.pcap", "damaged.pcap"}) {
+        const Outcome result = run("repair " + name + " out.ts --guard on --log run.log");
+        EXPECT_EQ(result.status, 0) << result.text;
+        for (const std::string& told : {result.text, text("run.log")})
+            EXPECT_NE(told.find(name + ": broken behind packet 360, at byte "), std::string::npos) << told;
+        EXPECT_TRUE(load("out.ts") == Bytes(sent.begin(), sent.begin() + 309 * 7 * 188));
+    }
+}
+
 TEST_F(ProgramTest, SimulationIsRepeatableAndSaysWhetherTheStreamIsWhole) {
     const std::string base = "simulate --mode both --columns 10 --rows 10 --loss 0.03 ";
     const auto first = figures(base + "--seed 4 --output out.ts");
@@ -215,9 +232,8 @@ TEST_F(ProgramTest, WrongUsageIsRefusedWithTheReasonAndStatusTwo) {
 
 TEST_F(Protected, BrokenFilesGiveOneLineThatNamesThemAndLeaveNoOutput) {
     protect();
-    Bytes cut = load("fec.pcap");
-    cut.resize(cut.size() - 100);
-    store("cut.pcap", cut);
+    const Bytes whole = load("fec.pcap");
+    store("cut.pcap", Bytes(whole.begin(), whole.begin() + 100));
     store("empty.pcap", {});
     store("foreign.pcap", Bytes(5000, 'x'));
     store("foreign.ts", Bytes(5000, 'x'));
