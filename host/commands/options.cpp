@@ -137,11 +137,4 @@ void tellBreak(const PacketSource& source, const std::filesystem::path& path, mv
     if (log != nullptr) log->Log(1, "%s", text.c_str());
 }
 
-void requireDistinct(const std::filesystem::path& one, const std::filesystem::path& other) {
-    if (one.empty() || other.empty()) return;
-    std::error_code error;
-    if (std::filesystem::weakly_canonical(one, error) == std::filesystem::weakly_canonical(other, error))
-        throw UsageError(platform::utf8From(one) + " is named for two outputs");
-}
-
 }  // namespace mvrtpfec

@@ -54,7 +54,5 @@ void requireMedia(std::uint64_t packets, const PacketSource& source, const std::
 /// Tells where a source broke off, if it did, and `log` too where there is one.
 void tellBreak(const PacketSource& source, const std::filesystem::path& path,
                mvn::log::ILogger* log = nullptr);
-/// Throws UsageError when two files to be written are one.
-void requireDistinct(const std::filesystem::path& one, const std::filesystem::path& other);
 
 }  // namespace mvrtpfec

@@ -11,6 +11,7 @@
 #include "host/commands/options.h"
 #include "host/commands/report.h"
 #include "host/io/packet_source.h"
+#include "host/io/run_files.h"
 #include "host/plan/loss_trace.h"
 #include "host/plan/matrix_plan.h"
 #include "host/usage_error.h"
@@ -64,8 +65,8 @@ LossTrace loadTrace(const PlanOptions& options) {
     const auto source = openSource(options.trace, options.port);
     LossTrace trace = readLossTrace(*source);
     requireMedia(trace.lost.size(), *source, options.trace, options.port);
-    return trace;
     tellBreak(*source, options.trace);
+    return trace;
 }
 
 nlohmann::ordered_json toJson(const PlanRequest& request) {
@@ -153,6 +154,7 @@ void addPlanCommand(CLI::App& app) {
     command->callback([command, options] {
         if (command->count("--fec-loss") == 0)
             options->request.channel.fecLoss = options->request.channel.loss;
+        requireDistinct({{options->trace}, {options->json}});
         runPlan(*options);
     });
 }

@@ -109,12 +109,13 @@ void addProtectCommand(CLI::App& app) {
     addModuleOption(*command, options->module);
     addLogOptions(*command, options->log);
     command->footer(
-        "Examples:\n"
         "Where IN has holes, no FEC packet is made over them.\n"
+        "Examples:\n"
         "  mvrtpfec protect movie.ts movie.pcap --mode both --columns 10 --rows 10\n"
         "  mvrtpfec protect feed.pcapng feed-fec.pcapng --mode column --columns 5 --rows 10 --port 6000");
     command->callback([options] {
         runLogged(options->log, "protection of " + platform::utf8From(options->in),
+                  {{options->in, options->module}, {options->out}},
                   [&](auto& log) { runProtect(*options, log); });
     });
 }

@@ -152,7 +152,6 @@ bool runReceive(const ReceiveOptions& options, mvn::log::ILogPerf& log) {
     platform::ignoreHangUp();
     if (options.output == "-" && options.json == "-")
         throw UsageError("standard output can't be for the stream and for JSON");
-    requireDistinct(platform::pathFromUtf8(options.output), options.json);
     const auto receiving = std::make_unique<Receiving>(options, log);
     receiving->run();
     const ReceptionTotals totals = receiving->totals();
@@ -205,7 +204,8 @@ void addReceiveCommand(CLI::App& app) {
         "  mvrtpfec receive --from 239.1.2.3:5004 udp://127.0.0.1:6000\n"
         "  mvrtpfec receive --from 0.0.0.0:5004 feed.ts --json figures.jsonl");
     command->callback([options] {
-        runLogged(options->log, "receiving from " + options->from, [&](auto& log) {
+        const RunFiles files{{options->module}, {platform::pathFromUtf8(options->output), options->json}};
+        runLogged(options->log, "receiving from " + options->from, files, [&](auto& log) {
             if (!runReceive(*options, log)) throw LossError("packets were lost for good");
         });
     });

@@ -62,11 +62,10 @@ RepairFigures repairStream(PacketSource& source, RepairedOutput& output, const R
 void runRepair(const RepairOptions& options, mvn::log::ILogPerf& log) {
     formatOf(options.in);
     formatOf(options.out);
-    requireDistinct(options.out, options.json);
     const auto source = openSource(options.in, options.port);
     RepairedOutput output(options.out, options.port, *source);
-    tellBreak(*source, options.in, &log);
     const RepairFigures figures = repairStream(*source, output, options, log);
+    tellBreak(*source, options.in, &log);
     logFigures(log, figures);
 
     Table table;
@@ -96,6 +95,7 @@ void addRepairCommand(CLI::App& app) {
         "  mvrtpfec repair feed-fec.pcapng repaired.pcapng --port 6000 --json -");
     command->callback([options] {
         runLogged(options->log, "repair of " + platform::utf8From(options->in),
+                  {{options->in, options->module}, {options->out, options->json}},
                   [&](auto& log) { runRepair(*options, log); });
     });
 }

@@ -156,7 +156,9 @@ void addSendCommand(CLI::App& app) {
         if (options->media.receiving.interfaceName.empty())
             options->media.receiving.interfaceName = options->sending.interfaceName;
         beginAnywhere(options->media);
-        runLogged(options->log, "sending of " + options->input, [&](auto& log) { runSend(*options, log); });
+        const RunFiles files{{platform::pathFromUtf8(options->input), options->module}, {}};
+        runLogged(options->log, "sending of " + options->input, files,
+                  [&](auto& log) { runSend(*options, log); });
     });
 }
 

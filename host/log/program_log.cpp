@@ -111,8 +111,20 @@ void ProgramLog::sampleEachSecond() {
     for (int tries = 50; !statistics.writeLine() && --tries > 0;) std::this_thread::sleep_for(2ms);
 }
 
-void runLogged(const LogOptions& options, const std::string& what,
+namespace {
+
+/// Also those that the log itself writes.
+void addFiles(RunFiles& files, const LogOptions& options) {
+    files.written.push_back(options.statistics);
+    if (!options.log.starts_with(syslogPrefix)) files.written.push_back(platform::pathFromUtf8(options.log));
+}
+
+}  // namespace
+
+void runLogged(const LogOptions& options, const std::string& what, RunFiles files,
                const std::function<void(ILogPerf&)>& work) {
+    addFiles(files, options);
+    requireDistinct(files);
     ProgramLog log(options);
     log.log().Log(2, "%s begins", what.c_str());
     try {

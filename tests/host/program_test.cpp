@@ -160,6 +160,34 @@ TEST_F(Protected, BrokenCaptureIsRepairedAsFarAsItGoes) {
     }
 }
 
+/// Through whatever name, and nothing has been opened for writing.
+TEST_F(Protected, NothingIsWrittenOverWhatIsRead) {
+    protect();
+    const Bytes before = load("fec.pcap");
+    std::filesystem::create_hard_link(pathOf("fec.pcap"), pathOf("hard.pcap"));
+    std::error_code isWindows;
+    std::filesystem::create_symlink("fec.pcap", pathOf("link.pcap"), isWindows);
+    const std::size_t files = fileCount();
+    for (const std::string arguments :
+         {"repair fec.pcap fec.pcap", "repair fec.pcap ./fec.pcap", "repair fec.pcap hard.pcap",
+          "repair fec.pcap out.ts --json fec.pcap", "repair fec.pcap out.ts --log hard.pcap",
+          "repair fec.pcap out.ts --stats-csv hard.pcap", "protect hard.pcap fec.pcap --preset lean",
+          "simulate hard.pcap --preset lean --output fec.pcap",
+          "packetize in.ts out.pcap --format mpeg2ts --sdp in.ts",
+          "packetize in.ts out.pcap --format mpeg2ts --json ./in.ts",
+          "units in.ts --format mpeg2ts --json in.ts", "stream in.ts --to 127.0.0.1:5004 --sdp in.ts",
+          "plan --trace hard.pcap --json fec.pcap",
+          "send in.ts --to 127.0.0.1:5004 --preset lean --log in.ts",
+          "receive --from 127.0.0.1:5004 x.ts --log ./x.ts", "repair link.pcap hard.pcap"}) {
+        if (isWindows && arguments.find("link") != std::string::npos) continue;
+        const Outcome result = run(arguments);
+        EXPECT_EQ(result.status, 2) << arguments << ": " << result.text;
+        EXPECT_NE(result.text.find(" is named for "), std::string::npos) << result.text;
+    }
+    EXPECT_EQ(fileCount(), files);
+    EXPECT_TRUE(load("fec.pcap") == before && load("in.ts") == sample());
+}
+
 TEST_F(ProgramTest, SimulationIsRepeatableAndSaysWhetherTheStreamIsWhole) {
     const std::string base = "simulate --mode both --columns 10 --rows 10 --loss 0.03 ";
     const auto first = figures(base + "--seed 4 --output out.ts");
