@@ -10,6 +10,7 @@
 #include <asio/ip/udp.hpp>
 #include <fmt/format.h>
 
+#include "host/io/output_file.h"
 #include "host/io/standard_error.h"
 #include "host/net/endpoint.h"
 #include "platform/files/utf8_path.h"
@@ -119,6 +120,19 @@ void addFiles(RunFiles& files, const LogOptions& options) {
     if (!options.log.starts_with(syslogPrefix)) files.written.push_back(platform::pathFromUtf8(options.log));
 }
 
+void tellUnfinished(const RunFiles& files, ILogger& log) {
+    for (const auto& file : files.written) {
+        const auto parts = unfinishedOf(file);
+        if (parts.empty()) continue;
+        const std::string text =
+            fmt::format("{}{}: what another run has written, which was broken off or still goes on; kept",
+                        platform::utf8From(parts.front()),
+                        parts.size() > 1 ? fmt::format(" and {} more", parts.size() - 1) : "");
+        complain(text);
+        log.Log(1, "%s", text.c_str());
+    }
+}
+
 }  // namespace
 
 void runLogged(const LogOptions& options, const std::string& what, RunFiles files,
@@ -127,6 +141,7 @@ void runLogged(const LogOptions& options, const std::string& what, RunFiles file
     requireDistinct(files);
     ProgramLog log(options);
     log.log().Log(2, "%s begins", what.c_str());
+    tellUnfinished(files, log.log());
     try {
         work(log.log());
     } catch (const std::exception& error) {

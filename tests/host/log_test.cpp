@@ -36,6 +36,19 @@ TEST_F(LogOptionsTest, RunsFollowEachOtherInTheLogAndTheFiguresHaveTheReceiversB
         << text("run.csv");
 }
 
+TEST_F(LogOptionsTest, WhatARunLeftUnfinishedIsToldAndKept) {
+    store("out.ts.part", {1, 2, 3});
+    store("out.ts.part3", {4});
+    const Outcome result = run("repair fec.pcap out.ts --log run.log");
+    EXPECT_EQ(result.status, 0);
+    for (const std::string& told : {result.text, text("run.log")})
+        EXPECT_NE(told.find("out.ts.part and 1 more: what another run has written"), std::string::npos)
+            << told;
+    EXPECT_EQ(load("out.ts.part"), (Bytes{1, 2, 3}));
+    EXPECT_EQ(load("out.ts.part3"), Bytes{4});
+    EXPECT_TRUE(load("out.ts") == sample());
+}
+
 TEST_F(LogOptionsTest, ASyslogServerGetsTheMessages) {
     UdpListeners server(1);
     const std::string target = fmt::format("127.0.0.1:{}", server.firstPort());
