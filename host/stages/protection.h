@@ -5,8 +5,8 @@
 
 #include "core/rtp_packet.h"
 #include "host/graph/sender_branch.h"
+#include "host/graph/sent_numbers.h"
 #include "host/interop/fec_format.h"
-#include "host/stages/sent_numbers.h"
 
 namespace mvrtpfec {
 

@@ -141,6 +141,8 @@ TEST_F(Protected, HolesInACaptureHaveNothingWrongRebuilt) {
     sent.erase(sent.begin() + 700 * size, sent.begin() + 720 * size);
     sent.erase(sent.begin() + 333 * size, sent.begin() + 334 * size);
     EXPECT_TRUE(load("out.ts") == sent);
+    const Outcome simulated = run("simulate lossy.pcap --preset balanced --loss 0");
+    EXPECT_NE(simulated.text.find("stream equals the source"), std::string::npos) << simulated.text;
 }
 
 TEST_F(Protected, BrokenCaptureIsRepairedAsFarAsItGoes) {
