@@ -18,9 +18,6 @@ constexpr LONG leastBuffers = 100;
 constexpr LONG bufferSize = maxMediaPacketSize;
 constexpr LONG leastAlignment = 32;
 
-/// The pool's name in the statistics.
-constexpr const char* poolName = "rtp_fec_in";
-
 }  // namespace
 
 CRtpFecInOutputPin::CRtpFecInOutputPin(CRtpFecIn* filter, HRESULT* result)
@@ -49,7 +46,7 @@ HRESULT CRtpFecInOutputPin::DecideBufferSize(IMemAllocator* allocator, ALLOCATOR
     const HRESULT result = allocator->SetProperties(request, &granted);
     if (FAILED(result)) return result;
     if (granted.cbBuffer < bufferSize || granted.cBuffers < request->cBuffers) return E_FAIL;
-    owner_.Statistics().RegisterBuffer(poolName);
+    owner_.Statistics().RegisterBuffer(rtpFecInPool);
     return S_OK;
 }
 
@@ -81,7 +78,7 @@ HRESULT CRtpFecInOutputPin::getBuffer(CComPtr<IMediaSample>& sample, REFERENCE_T
                                       REFERENCE_TIME* stop, DWORD flags) {
     const HRESULT result = GetDeliveryBuffer(&sample, start, stop, flags | AM_GBF_NOWAIT);
     if (result != VFW_E_TIMEOUT) return result;
-    owner_.Statistics().NotifyBufferFull(poolName);
+    owner_.Statistics().NotifyBufferFull(rtpFecInPool);
     return GetDeliveryBuffer(&sample, start, stop, flags);
 }
 

@@ -10,6 +10,7 @@
 
 #include "host/commands/choice_option.h"
 #include "host/io/file_error.h"
+#include "host/io/standard_error.h"
 #include "host/plan/matrix_presets.h"
 #include "host/usage_error.h"
 #include "platform/files/utf8_path.h"
@@ -125,14 +126,15 @@ void requireMedia(std::uint64_t packets, const PacketSource& source, const std::
     std::string message = "no usable RTP media packets to UDP port " + std::to_string(port);
     if (source.cutDatagrams() > 0)
         message += ", " + std::to_string(source.cutDatagrams()) + " cut short by the capture";
+    if (!source.breakage().empty()) message += "; " + source.breakage();
     throw FileError(path, message);
 }
 
-void requireDistinct(const std::filesystem::path& one, const std::filesystem::path& other) {
-    if (one.empty() || other.empty()) return;
-    std::error_code error;
-    if (std::filesystem::weakly_canonical(one, error) == std::filesystem::weakly_canonical(other, error))
-        throw UsageError(platform::utf8From(one) + " is named for two outputs");
+void tellBreak(const PacketSource& source, const std::filesystem::path& path, mvn::log::ILogger* log) {
+    if (source.breakage().empty()) return;
+    const std::string text = platform::utf8From(path) + ": " + source.breakage();
+    tellPerson("mvrtpfec: warning: " + text + "\n");
+    if (log != nullptr) log->Log(1, "%s", text.c_str());
 }
 
 }  // namespace mvrtpfec

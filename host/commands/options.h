@@ -9,6 +9,7 @@
 #include "host/interop/fec_format.h"
 #include "host/io/file_format.h"
 #include "host/io/packet_source.h"
+#include "mvrtpfec/log_perf.h"
 #include "mvrtpfec/receiver_guard.h"
 
 namespace CLI {
@@ -50,7 +51,8 @@ void checkMatrix(const MatrixConfig& matrix);
 /// Throws FileError when a source has had no usable media.
 void requireMedia(std::uint64_t packets, const PacketSource& source, const std::filesystem::path& path,
                   std::uint16_t port);
-/// Throws UsageError when two files to be written are one.
-void requireDistinct(const std::filesystem::path& one, const std::filesystem::path& other);
+/// Tells where a source broke off, if it did, and `log` too where there is one.
+void tellBreak(const PacketSource& source, const std::filesystem::path& path,
+               mvn::log::ILogger* log = nullptr);
 
 }  // namespace mvrtpfec

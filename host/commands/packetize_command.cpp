@@ -130,9 +130,6 @@ void checkOptions(const PacketizeOptions& options) {
         throw UsageError("a transport stream goes as payload type 33 and no other");
     if (formatOf(options.out) == FileFormat::transportStream)
         throw UsageError(platform::utf8From(options.out) + ": packets go into a .pcap or .pcapng file");
-    requireDistinct(options.out, options.sdp);
-    requireDistinct(options.out, options.json);
-    requireDistinct(options.sdp, options.json);
 }
 
 void runPacketize(const PacketizeOptions& options) {
@@ -178,6 +175,7 @@ void addPacketizeCommand(CLI::App& app) {
                     "  mvrtpfec packetize sound.aac sound.pcapng --format aac-adts --payload-type 97");
     command->callback([options] {
         runLogged(options->log, "packetizing of " + platform::utf8From(options->in),
+                  {{options->in}, {options->out, options->sdp, options->json}},
                   [&](auto&) { runPacketize(*options); });
     });
 }

@@ -11,6 +11,7 @@
 #include "host/commands/options.h"
 #include "host/commands/report.h"
 #include "host/io/packet_source.h"
+#include "host/io/run_files.h"
 #include "host/io/ts_bit_rate.h"
 #include "host/plan/loss_trace.h"
 #include "host/plan/matrix_plan.h"
@@ -104,6 +105,7 @@ LossTrace loadTrace(const PlanOptions& options) {
     const auto source = openSource(options.trace, options.port);
     LossTrace trace = readLossTrace(*source);
     requireMedia(trace.lost.size(), *source, options.trace, options.port);
+    tellBreak(*source, options.trace);
     return trace;
 }
 
@@ -256,6 +258,7 @@ void addPlanCommand(CLI::App& app) {
     command->callback([command, options] {
         if (command->count("--fec-loss") == 0)
             options->request.channel.fecLoss = options->request.channel.loss;
+        requireDistinct({{options->trace}, {options->json}});
         runPlan(*options);
     });
 }

@@ -11,10 +11,10 @@
 #include "host/commands/progress_bar.h"
 #include "host/commands/report.h"
 #include "host/graph/filter_graph.h"
-#include "host/graph/sender_branch.h"
 #include "host/io/packet_sink.h"
 #include "host/io/packet_source.h"
 #include "host/log/program_log.h"
+#include "host/stages/protection.h"
 #include "host/usage_error.h"
 #include "platform/files/utf8_path.h"
 
@@ -34,11 +34,9 @@ struct ProtectOptions {
 
 struct ProtectFigures {
     std::uint64_t media = 0;
-    std::uint64_t passedOver = 0;
     std::uint64_t fecA = 0;
     std::uint64_t fecB = 0;
-    std::uint64_t notTurned =
-        0;  ///< FEC packets of media of several lengths, which standard ones can't protect
+    ProtectionFigures protection;
 };
 
 /// Copies the media and adds the FEC packets that each media packet completes behind it.
@@ -47,14 +45,8 @@ ProtectFigures protectStream(PacketSource& source, PacketSink& sink, const Prote
     Datagram media;
     Datagram fec;
     FilterGraph graph(options.module);
-    FecFormatBridge bridge;
-    SenderBranch sender(graph, options.matrix, [&](StreamPort port, ConstRtpPacketView packet) {
+    Protection protection(graph, options.matrix, options.fecFormat, [&](StreamPort port, auto packet) {
         fec.payload.assign(packet.data, packet.data + packet.length);
-        if (options.fecFormat == FecFormat::standard &&
-            !bridge.toStandard({fec.payload.data(), packet.length})) {
-            ++figures.notTurned;
-            return;
-        }
         ++(port == StreamPort::fecA ? figures.fecA : figures.fecB);
         fec.port = port;
         fec.time = media.time;
@@ -69,20 +61,16 @@ ProtectFigures protectStream(PacketSource& source, PacketSink& sink, const Prote
         if (media.port != StreamPort::media) continue;
         ++figures.media;
         sink.write(media);
-        if (!isProtectable(viewOf(media.payload)))
-            ++figures.passedOver;
-        else {
-            bridge.note(viewOf(media.payload));
-            sender.push(viewOf(media.payload));
-        }
+        protection.push(std::make_unique<RtpPacket>(media.payload.data(), media.payload.size()));
     }
     requireMedia(figures.media, source, options.in, options.port);
-    sender.finish();
+    protection.finish();
     sink.finish();
+    figures.protection = protection.figures();
     return figures;
 }
 
-void runProtect(const ProtectOptions& options) {
+void runProtect(const ProtectOptions& options, mvn::log::ILogger& log) {
     checkMatrix(options.matrix);
     formatOf(options.in);
     if (formatOf(options.out) == FileFormat::transportStream)
@@ -92,13 +80,17 @@ void runProtect(const ProtectOptions& options) {
     const auto source = openSource(options.in, options.port);
     const auto sink = openSink(options.out, options.port, source->addressing());
     const ProtectFigures figures = protectStream(*source, *sink, options);
+    tellBreak(*source, options.in, &log);
 
     Table table{{"media packets", std::to_string(figures.media)},
                 {"FEC on FECA", std::to_string(figures.fecA)},
                 {"FEC on FECB", std::to_string(figures.fecB)}};
-    if (figures.passedOver > 0) table.emplace_back("not protected", std::to_string(figures.passedOver));
-    if (figures.notTurned > 0)
-        table.emplace_back("FEC of unequal packets", std::to_string(figures.notTurned));
+    const auto addUnlessNone = [&](const char* name, std::uint64_t count) {
+        if (count > 0) table.emplace_back(name, std::to_string(count));
+    };
+    addUnlessNone("not protected", figures.protection.passedOver);
+    addUnlessNone("FEC of unequal packets", figures.protection.notTurned);
+    addUnlessNone("FEC over holes, left out", figures.protection.overHoles);
     addSourceRows(table, *source);
     publish(fmt::format("{} -> {}", platform::utf8From(options.in), platform::utf8From(options.out)), table,
             "", {}, "");
@@ -117,12 +109,14 @@ void addProtectCommand(CLI::App& app) {
     addModuleOption(*command, options->module);
     addLogOptions(*command, options->log);
     command->footer(
+        "Where IN has holes, no FEC packet is made over them.\n"
         "Examples:\n"
         "  mvrtpfec protect movie.ts movie.pcap --mode both --columns 10 --rows 10\n"
         "  mvrtpfec protect feed.pcapng feed-fec.pcapng --mode column --columns 5 --rows 10 --port 6000");
     command->callback([options] {
         runLogged(options->log, "protection of " + platform::utf8From(options->in),
-                  [&](auto&) { runProtect(*options); });
+                  {{options->in, options->module}, {options->out}},
+                  [&](auto& log) { runProtect(*options, log); });
     });
 }
 

@@ -152,7 +152,6 @@ bool runReceive(const ReceiveOptions& options, mvn::log::ILogPerf& log) {
     platform::ignoreHangUp();
     if (options.output == "-" && options.json == "-")
         throw UsageError("standard output can't be for the stream and for JSON");
-    requireDistinct(platform::pathFromUtf8(options.output), options.json);
     const auto receiving = std::make_unique<Receiving>(options, log);
     receiving->run();
     const ReceptionTotals totals = receiving->totals();
@@ -198,14 +197,15 @@ void addReceiveCommand(CLI::App& app) {
                      "Serve the figures to Prometheus, at http://ADDR:PORT/metrics")
         ->type_name("ADDR:PORT");
     addModuleOption(*command, options->module);
-    addLogOptions(*command, options->log);
+    addLogOptions(*command, options->log, {rtpFecInPool});
     command->footer(
         "It ends with status 3 when packets were lost for good.\n"
         "Examples:\n"
         "  mvrtpfec receive --from 239.1.2.3:5004 udp://127.0.0.1:6000\n"
         "  mvrtpfec receive --from 0.0.0.0:5004 feed.ts --json figures.jsonl");
     command->callback([options] {
-        runLogged(options->log, "receiving from " + options->from, [&](auto& log) {
+        const RunFiles files{{options->module}, {platform::pathFromUtf8(options->output), options->json}};
+        runLogged(options->log, "receiving from " + options->from, files, [&](auto& log) {
             if (!runReceive(*options, log)) throw LossError("packets were lost for good");
         });
     });

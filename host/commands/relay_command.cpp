@@ -133,7 +133,8 @@ void addRelayCommand(CLI::App& app) {
     command->callback([command, options] {
         if (command->count("--fec-loss") == 0) options->channel.fecLoss = options->channel.loss;
         options->delay.seed = options->channel.seed;
-        runLogged(options->log, "relay from " + options->from, [&](auto& log) { runRelay(*options, log); });
+        runLogged(options->log, "relay from " + options->from, {},
+                  [&](auto& log) { runRelay(*options, log); });
     });
 }
 

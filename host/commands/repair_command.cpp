@@ -62,10 +62,10 @@ RepairFigures repairStream(PacketSource& source, RepairedOutput& output, const R
 void runRepair(const RepairOptions& options, mvn::log::ILogPerf& log) {
     formatOf(options.in);
     formatOf(options.out);
-    requireDistinct(options.out, options.json);
     const auto source = openSource(options.in, options.port);
     RepairedOutput output(options.out, options.port, *source);
     const RepairFigures figures = repairStream(*source, output, options, log);
+    tellBreak(*source, options.in, &log);
     logFigures(log, figures);
 
     Table table;
@@ -88,13 +88,14 @@ void addRepairCommand(CLI::App& app) {
     addFecIntakeOption(*command, options->fecFormat);
     addJsonOption(*command, options->json);
     addModuleOption(*command, options->module);
-    addLogOptions(*command, options->log);
+    addLogOptions(*command, options->log, {rtpFecInPool});
     command->footer(
         "Examples:\n"
         "  mvrtpfec repair feed-fec.pcap repaired.ts --guard on\n"
         "  mvrtpfec repair feed-fec.pcapng repaired.pcapng --port 6000 --json -");
     command->callback([options] {
         runLogged(options->log, "repair of " + platform::utf8From(options->in),
+                  {{options->in, options->module}, {options->out, options->json}},
                   [&](auto& log) { runRepair(*options, log); });
     });
 }

@@ -10,14 +10,14 @@
 #include "host/commands/network_options.h"
 #include "host/commands/options.h"
 #include "host/graph/filter_graph.h"
-#include "host/graph/sender_branch.h"
 #include "host/io/standard_error.h"
 #include "host/live/media_input.h"
 #include "host/live/pacer.h"
-#include "host/live/sent_numbers.h"
 #include "host/live/stream_writers.h"
 #include "host/log/program_log.h"
 #include "host/plan/matrix_plan.h"
+#include "host/stages/protection.h"
+#include "platform/files/utf8_path.h"
 #include "platform/process/signals.h"
 
 namespace mvrtpfec {
@@ -42,9 +42,10 @@ public:
         : input_(openMediaInput(options.input, options.media)),
           writers_(parseStream(options.to), options.sending),
           graph_(options.module),
-          sender_(graph_, options.matrix,
-                  [this](StreamPort port, ConstRtpPacketView packet) { sendFec(port, packet); }),
-          format_(options.fecFormat) {
+          protection_(graph_, options.matrix, options.fecFormat,
+                      [this](StreamPort port, ConstRtpPacketView fec) {
+                          writers_.of(port).write({fec.data, fec.length});
+                      }) {
         graph_.run();
     }
 
@@ -64,8 +65,8 @@ public:
             "sent {} media packets, {} FEC packets on FECA, {} on FECB; refused by the system {}, no media "
             "{}, FEC left out of unequal packets {}, over holes in the input {}",
             writers_.of(StreamPort::media).packets(), writers_.of(StreamPort::fecA).packets(),
-            writers_.of(StreamPort::fecB).packets(), writers_.refused(), input_->leftOut(), notTurned_,
-            overHoles_);
+            writers_.of(StreamPort::fecB).packets(), writers_.refused(), input_->leftOut(),
+            protection_.figures().notTurned, protection_.figures().overHoles);
         tellPerson(text + "\n");
         log.Log(2, "%s", text.c_str());
     }
@@ -87,38 +88,16 @@ private:
         return pacer_.waitUntil(*next.due);
     }
 
-    void sendFec(StreamPort port, ConstRtpPacketView fec) {
-        if (!sent_.agree(fec)) {
-            ++overHoles_;
-            return;
-        }
-        if (format_ == FecFormat::native) return writers_.of(port).write({fec.data, fec.length});
-        RtpPacket turned(fec.data, fec.length);
-        if (bridge_.toStandard(turned.view))
-            writers_.of(port).write({turned.view.data, turned.view.length});
-        else
-            ++notTurned_;
-    }
-
     void send(std::unique_ptr<RtpPacket> packet) {
-        bridge_.note(packet->view);
         writers_.of(StreamPort::media).write({packet->view.data, packet->view.length});
-        if (!packet->view.isValid() || !isProtectable(packet->view)) return;
-        sent_.note(packet->view);
-        sender_.push(std::move(packet));
+        if (packet->view.isValid()) protection_.push(std::move(packet));
     }
 
     std::unique_ptr<MediaInput> input_;
     StreamWriters writers_;
     FilterGraph graph_;
-    SenderBranch sender_;
+    Protection protection_;
     Pacer pacer_;
-    FecFormat format_;
-    FecFormatBridge bridge_;
-    SentNumbers sent_;
-    std::uint64_t overHoles_ = 0;  ///< FEC packets of groups with holes in the input
-    std::uint64_t notTurned_ =
-        0;  ///< FEC packets of media of several lengths, which standard ones can't protect
 };
 
 /// A sender that begins anew is told from the one before (RFC 3550, sections 5.1 and 8.1).
@@ -177,7 +156,9 @@ void addSendCommand(CLI::App& app) {
         if (options->media.receiving.interfaceName.empty())
             options->media.receiving.interfaceName = options->sending.interfaceName;
         beginAnywhere(options->media);
-        runLogged(options->log, "sending of " + options->input, [&](auto& log) { runSend(*options, log); });
+        const RunFiles files{{platform::pathFromUtf8(options->input), options->module}, {}};
+        runLogged(options->log, "sending of " + options->input, files,
+                  [&](auto& log) { runSend(*options, log); });
     });
 }
 

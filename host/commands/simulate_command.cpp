@@ -121,7 +121,6 @@ void report(const SimulateOptions& options, const SimulateFigures& figures) {
 void runSimulate(const SimulateOptions& options, mvn::log::ILogPerf& log) {
     checkMatrix(options.matrix);
     requireChannel(options.channel);
-    requireDistinct(options.output, options.json);
     formatOf(options.in);
     const auto source = openSource(options.in, options.port);
     std::unique_ptr<RepairedOutput> output;
@@ -130,6 +129,7 @@ void runSimulate(const SimulateOptions& options, mvn::log::ILogPerf& log) {
         output = std::make_unique<RepairedOutput>(options.output, options.port, *source);
     }
     const SimulateFigures figures = simulateStream(*source, output.get(), options, log);
+    tellBreak(*source, options.in, &log);
     logFigures(log, figures.repair);
     report(options, figures);
 }
@@ -148,7 +148,7 @@ void addSimulateCommand(CLI::App& app) {
         ->type_name("FILE");
     addJsonOption(*command, options->json);
     addModuleOption(*command, options->module);
-    addLogOptions(*command, options->log);
+    addLogOptions(*command, options->log, {rtpFecInPool});
     command->footer(
         "Examples:\n"
         "  mvrtpfec simulate --mode both --columns 10 --rows 10 --loss 0.03\n"
@@ -157,6 +157,7 @@ void addSimulateCommand(CLI::App& app) {
         if (command->count("IN") == 0) options->in = findSample();
         if (command->count("--fec-loss") == 0) options->channel.fecLoss = options->channel.loss;
         runLogged(options->log, "simulation of " + platform::utf8From(options->in),
+                  {{options->in, options->module}, {options->output, options->json}},
                   [&](auto& log) { runSimulate(*options, log); });
     });
 }

@@ -248,7 +248,10 @@ void addStreamCommand(CLI::App& app) {
                     "  mvrtpfec stream movie.264 sound.aac --to 239.1.2.3:5004 --sdp movie.sdp --loop\n"
                     "  mvrtpfec stream dump.bin:aac-latm --to 127.0.0.1:5004 --sdp sound.sdp");
     command->callback([options] {
-        runLogged(options->log, "stream to " + options->to, [&](auto& log) { runStream(*options, log); });
+        RunFiles files{{}, {options->sdp}};
+        for (const auto& text : options->inputs) files.read.push_back(parseStreamName(text).path);
+        runLogged(options->log, "stream to " + options->to, files,
+                  [&](auto& log) { runStream(*options, log); });
     });
 }
 

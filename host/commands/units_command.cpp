@@ -12,6 +12,7 @@
 #include "host/commands/options.h"
 #include "host/commands/unit_report.h"
 #include "host/io/file_error.h"
+#include "host/io/run_files.h"
 #include "host/media/unit_clock.h"
 #include "platform/files/utf8_path.h"
 
@@ -87,7 +88,10 @@ void addUnitsCommand(CLI::App& app) {
                     "Examples:\n"
                     "  mvrtpfec units movie.264 --format h264\n"
                     "  mvrtpfec units movie.265 --format hevc --frame-rate 50 --summary --json -");
-    command->callback([options] { runUnits(*options); });
+    command->callback([options] {
+        requireDistinct({{options->in}, {options->json}});
+        runUnits(*options);
+    });
 }
 
 }  // namespace mvrtpfec

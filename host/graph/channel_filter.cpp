@@ -1,5 +1,6 @@
 #include "host/graph/channel_filter.h"
 
+#include "core/fec_packet.h"
 #include "framework/guarded_entry.h"
 #include "host/graph/graph_error.h"
 
@@ -32,10 +33,18 @@ CBasePin* ChannelFilter::GetPin(int index) {
 
 HRESULT ChannelFilter::take(std::size_t pin, ConstRtpPacketView packet) noexcept {
     return guardedEntry([&] {
+        const auto port = static_cast<StreamPort>(pin);
         delivered_ = S_OK;
-        channel_.push(static_cast<StreamPort>(pin), {packet.data, packet.data + packet.length});
+        if (isSent(port, packet)) channel_.push(port, {packet.data, packet.data + packet.length});
         return delivered_;
     });
+}
+
+/// No sender lets out an FEC packet over a hole in its input.
+bool ChannelFilter::isSent(StreamPort port, ConstRtpPacketView packet) {
+    if (port != StreamPort::media) return sent_.agree(packet);
+    if (isProtectable(packet)) sent_.note(packet);
+    return true;
 }
 
 HRESULT ChannelFilter::endStream(std::size_t) noexcept {

@@ -10,6 +10,7 @@
 #include "host/graph/packet_input_pin.h"
 #include "host/graph/packet_output_pin.h"
 #include "host/graph/packet_taker.h"
+#include "host/graph/sent_numbers.h"
 
 namespace mvrtpfec {
 
@@ -35,11 +36,13 @@ private:
     HRESULT take(std::size_t pin, ConstRtpPacketView packet) noexcept override;
     /// After the last stream's end the network lets out what is under way, and the streams end downstream.
     HRESULT endStream(std::size_t pin) noexcept override;
+    bool isSent(StreamPort port, ConstRtpPacketView packet);
     void letOut(StreamPort port, const std::vector<std::uint8_t>& packet);
 
     CCritSec lock_;
     std::array<std::unique_ptr<PacketInputPin>, pinCount> inputs_;
     std::array<std::unique_ptr<PacketOutputPin>, pinCount> outputs_;
+    SentNumbers sent_;
     Channel channel_;
     std::size_t ended_ = 0;
     HRESULT delivered_ = S_OK;  ///< the first failure since the input was called

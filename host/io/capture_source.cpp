@@ -6,7 +6,10 @@
 #include <string>
 #include <utility>
 
+#include <fmt/format.h>
+
 #include "host/io/file_error.h"
+#include "platform/files/files.h"
 
 namespace mvrtpfec {
 
@@ -80,14 +83,26 @@ CaptureSource::CaptureSource(InputFile file, std::uint16_t mediaPort)
 }
 
 bool CaptureSource::read(Datagram& datagram) {
-    for (;;) {
+    while (breakage_.empty()) {
         pcap_pkthdr* header = nullptr;
         const std::uint8_t* bytes = nullptr;
         const int result = pcap_next_ex(capture_.get(), &header, &bytes);
-        if (result == PCAP_ERROR_BREAK) return false;
-        if (result != 1) throw FileError(file_.path(), pcap_geterr(capture_.get()));
+        if (result == PCAP_ERROR_BREAK) break;
+        if (result != 1) {
+            noteBreak();
+            break;
+        }
+        ++frames_;
         if (take(*header, {bytes, header->caplen}, datagram)) return true;
     }
+    return false;
+}
+
+/// A pipe has no places.
+void CaptureSource::noteBreak() {
+    const std::int64_t place = platform::positionOf(pcap_file(capture_.get()));
+    breakage_ = fmt::format("broken behind packet {}{}: {}", frames_,
+                            place < 0 ? "" : fmt::format(", at byte {}", place), pcap_geterr(capture_.get()));
 }
 
 bool CaptureSource::take(const pcap_pkthdr& header, std::span<const std::uint8_t> frame, Datagram& datagram) {

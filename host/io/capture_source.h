@@ -29,11 +29,13 @@ private:
     using Capture = std::unique_ptr<pcap_t, Closer>;
 
     static Capture open(InputFile& file);
+    void noteBreak();
     bool take(const pcap_pkthdr& header, std::span<const std::uint8_t> frame, Datagram& datagram);
 
     InputFile file_;
     Capture capture_;
     std::uint16_t mediaPort_;
+    std::uint64_t frames_ = 0;  ///< read, of any kind
     std::uint64_t cutDatagrams_ = 0;
 };
 

@@ -1,6 +1,6 @@
 #include "host/io/output_file.h"
 
-#include <atomic>
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <optional>
@@ -12,7 +12,6 @@
 #include "host/io/file_error.h"
 #include "platform/files/files.h"
 #include "platform/files/utf8_path.h"
-#include "platform/process/process.h"
 
 namespace mvrtpfec {
 
@@ -48,9 +47,11 @@ fs::path followed(fs::path path) {
     return path;
 }
 
-std::string temporaryName() {
-    static std::atomic<unsigned> count = 0;
-    return ".mvrtpfec-" + std::to_string(platform::processId()) + "-" + std::to_string(count++) + ".part";
+/// The system sets a limit to the length of names, which the file's own may have used up.
+fs::path firstPart(const fs::path& target) {
+    constexpr std::size_t longestName = 240;
+    fs::path name = target.filename().native().substr(0, longestName);
+    return target.parent_path() / (name += ".part");
 }
 
 }  // namespace
@@ -73,10 +74,11 @@ OutputFile::OutputFile(fs::path path) : path_(std::move(path)) {
 void OutputFile::openBeside(const fs::file_status& old) {
     const bool replaces = fs::exists(old);
     if (replaces && !platform::mayWrite(path_)) fail("cannot open for writing");
-    const fs::path name = target_.parent_path() / temporaryName();
-    descriptor_ = platform::createForWriting(name);
-    if (descriptor_ < 0) fail("cannot create");
-    temporary_ = name;
+    temporary_ = firstPart(target_);
+    for (int count = 2; (descriptor_ = platform::createForWriting(temporary_)) < 0; ++count) {
+        if (errno != EEXIST) fail("cannot create");
+        (temporary_ = firstPart(target_)) += std::to_string(count);
+    }
     std::error_code ignored;
     if (replaces) fs::permissions(temporary_, old.permissions() & fs::perms(0777), ignored);
 }
@@ -133,6 +135,23 @@ void OutputFile::finish() {
 
 void OutputFile::fail(const char* action) const {
     throw FileError(path_, action, errno);
+}
+
+std::vector<fs::path> unfinishedOf(const fs::path& path) {
+    std::vector<fs::path> found;
+    if (!path.has_filename()) return found;
+    const fs::path first = firstPart(followed(path));
+    const fs::path folder = first.has_parent_path() ? first.parent_path() : fs::path(".");
+    const auto isPart = [name = platform::utf8From(first.filename())](std::string_view other) {
+        return other.starts_with(name) &&
+               other.find_first_not_of("0123456789", name.size()) == std::string_view::npos;
+    };
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
+        if (isPart(platform::utf8From(entry->path().filename())))
+            found.push_back(first.parent_path() / entry->path().filename());
+    std::ranges::sort(found);
+    return found;
 }
 
 }  // namespace mvrtpfec

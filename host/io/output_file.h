@@ -8,13 +8,14 @@
 
 namespace mvrtpfec {
 
-/// A file being written. A regular file comes to life under a temporary name in the same directory,
-/// ".mvrtpfec-PID-N.part", and takes its own name in finish(); until then a file that was there before
-/// stays as it was. Devices, FIFOs and paths such as /dev/stdout are written directly.
+/// A file being written. A regular file comes to life beside its place, "feed.ts" as "feed.ts.part", and
+/// takes its own name in finish(); until then a file that was there before stays as it was. Devices, FIFOs
+/// and paths such as /dev/stdout are written directly.
 ///
 /// Writes are gathered in a buffer. Every failure is a FileError that names the file asked for and the
 /// system's reason; for a closed pipe or a file size limit too where the process ignores their signals
-/// (platform/process/signals.h). A killed process leaves its temporary file. One thread.
+/// (platform/process/signals.h). A killed process leaves its ".part", which nobody replaces: where there is
+/// one already the next is "feed.ts.part2", and so on. One thread.
 class OutputFile {
 public:
     explicit OutputFile(std::filesystem::path path);
@@ -48,5 +49,8 @@ private:
     int descriptor_ = -1;
     std::vector<std::uint8_t> buffer_;
 };
+
+/// What stands beside a file's place from writers that didn't finish, or haven't yet.
+std::vector<std::filesystem::path> unfinishedOf(const std::filesystem::path& path);
 
 }  // namespace mvrtpfec

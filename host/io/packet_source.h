@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <string>
 
 #include "host/io/datagram.h"
 #include "host/io/frame_template.h"
@@ -15,9 +16,12 @@ class PacketSource {
 public:
     virtual ~PacketSource() = default;
 
-    /// Replaces `datagram` by the next one; its vectors are reused. False at the end. Throws FileError
-    /// for a file that is broken at this place; all packets before it have been delivered by then.
+    /// Replaces `datagram` by the next one; its vectors are reused. False at the end, and where a capture
+    /// can't be read on. Throws FileError.
     virtual bool read(Datagram& datagram) = 0;
+
+    /// "broken behind packet 1234, at byte 567890: why" when that is where reading ended; else empty.
+    const std::string& breakage() const { return breakage_; }
 
     /// Share of the file that has been read, 0 to 1; 0 when its size is not known (a pipe).
     virtual double progress() const = 0;
@@ -31,6 +35,7 @@ public:
 
 protected:
     std::shared_ptr<FrameTemplate> addressing_ = std::make_shared<FrameTemplate>(LinkType::ethernet);
+    std::string breakage_;
 };
 
 /// Opens a .ts, .pcap or .pcapng file. UDP datagrams to the ports P, P + 2 and P + 4 belong to the

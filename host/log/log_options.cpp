@@ -1,5 +1,7 @@
 #include "host/log/log_options.h"
 
+#include <utility>
+
 #include <CLI/CLI.hpp>
 
 #include "host/commands/choice_option.h"
@@ -7,7 +9,8 @@
 
 namespace mvrtpfec {
 
-void addLogOptions(CLI::App& command, LogOptions& options) {
+void addLogOptions(CLI::App& command, LogOptions& options, std::vector<const char*> buffers) {
+    options.buffers = std::move(buffers);
     command
         .add_option("--log", options.log,
                     "Append messages to FILE, show them on standard error or send them to a syslog server")

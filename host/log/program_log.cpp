@@ -10,6 +10,7 @@
 #include <asio/ip/udp.hpp>
 #include <fmt/format.h>
 
+#include "host/io/output_file.h"
 #include "host/io/standard_error.h"
 #include "host/net/endpoint.h"
 #include "platform/files/utf8_path.h"
@@ -47,10 +48,13 @@ struct ProgramLog::Parts {
     explicit Parts(const LogOptions& options)
         : csv(options.statistics.empty()
                   ? nullptr
-                  : std::make_unique<PlainFileSink>(options.statistics, everyLevel,
-                                                    FileSink::Opening::replaced, complain)),
+                  : std::make_unique<CsvFileSink>(options.statistics, everyLevel, FileSink::Opening::replaced,
+                                                  complain)),
           logger(sinks(options)),
-          statistics(logger, csv.get()) {}
+          statistics(logger, csv.get()) {
+        // The header is written before there is a filter.
+        for (const char* buffer : options.buffers) statistics.RegisterBuffer(buffer);
+    }
 
     std::vector<std::unique_ptr<LogSink>> sinks(const LogOptions& options) {
         std::vector<std::unique_ptr<LogSink>> all;
@@ -94,21 +98,50 @@ ILogPerf& ProgramLog::log() {
     return parts_->statistics;
 }
 
-/// The header when the buffers have had time to be registered, then a line each second and one at the end.
+/// The header, then a line each second and one at the end.
 void ProgramLog::sampleEachSecond() {
     using namespace std::chrono_literals;
+    StatisticsLogPerf& statistics = parts_->statistics;
     std::unique_lock lock(mutex_);
-    for (auto pause = 200ms; !ending_.wait_for(lock, pause, [this] { return ends_; }); pause = 1000ms) {
-        parts_->statistics.Sample();
-        parts_->statistics.tick();
+    statistics.Sample();
+    while (!ending_.wait_for(lock, 1s, [this] { return ends_; })) {
+        statistics.Sample();
+        statistics.tick();
     }
-    parts_->statistics.Sample();
+    // The system counts its times in steps, and a run may last less than one.
+    for (int tries = 50; !statistics.writeLine() && --tries > 0;) std::this_thread::sleep_for(2ms);
 }
 
-void runLogged(const LogOptions& options, const std::string& what,
+namespace {
+
+/// Also those that the log itself writes.
+void addFiles(RunFiles& files, const LogOptions& options) {
+    files.written.push_back(options.statistics);
+    if (!options.log.starts_with(syslogPrefix)) files.written.push_back(platform::pathFromUtf8(options.log));
+}
+
+void tellUnfinished(const RunFiles& files, ILogger& log) {
+    for (const auto& file : files.written) {
+        const auto parts = unfinishedOf(file);
+        if (parts.empty()) continue;
+        const std::string text =
+            fmt::format("{}{}: what another run has written, which was broken off or still goes on; kept",
+                        platform::utf8From(parts.front()),
+                        parts.size() > 1 ? fmt::format(" and {} more", parts.size() - 1) : "");
+        complain(text);
+        log.Log(1, "%s", text.c_str());
+    }
+}
+
+}  // namespace
+
+void runLogged(const LogOptions& options, const std::string& what, RunFiles files,
                const std::function<void(ILogPerf&)>& work) {
+    addFiles(files, options);
+    requireDistinct(files);
     ProgramLog log(options);
     log.log().Log(2, "%s begins", what.c_str());
+    tellUnfinished(files, log.log());
     try {
         work(log.log());
     } catch (const std::exception& error) {

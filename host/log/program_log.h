@@ -7,6 +7,7 @@
 #include <string>
 #include <thread>
 
+#include "host/io/run_files.h"
 #include "host/log/log_options.h"
 #include "mvrtpfec/log_perf.h"
 
@@ -37,8 +38,10 @@ private:
     std::thread sampler_;
 };
 
-/// Does a command's work with its log, which tells how the work begins and ends.
-void runLogged(const LogOptions& options, const std::string& what,
+/// Does a command's work with its log, which tells how the work begins and ends, and what an earlier run left
+/// unfinished beside the files to be written. Throws UsageError, before it opens anything, when one of them,
+/// those of the log included, is another.
+void runLogged(const LogOptions& options, const std::string& what, RunFiles files,
                const std::function<void(mvn::log::ILogPerf&)>& work);
 
 }  // namespace mvrtpfec

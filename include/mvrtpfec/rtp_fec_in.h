@@ -16,6 +16,9 @@ inline constexpr CLSID CLSID_RtpFecIn{
 inline constexpr CLSID CLSID_RtpFecInPropertyPage{
     0x34AF2647, 0x5E4D, 0x403E, {0xAC, 0x77, 0x3C, 0x13, 0xD6, 0x2F, 0xF6, 0x93}};
 
+/// The name under which the pool of its output registers with a logger.
+inline constexpr const char* rtpFecInPool = "rtp_fec_in";
+
 /// Hears of samples that could not be read. Called on the filter's worker thread; it must not call back
 /// into the filter.
 struct IErrorSink {

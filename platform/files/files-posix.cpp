@@ -55,6 +55,15 @@ bool namesDevice(const fs::path& /*path*/) {
     return false;
 }
 
+bool nameOneFile(const fs::path& one, const fs::path& other) {
+    std::error_code error;
+    const fs::file_status found = fs::status(one, error);
+    if (fs::exists(found)) return fs::is_regular_file(found) && fs::equivalent(one, other, error);
+    // Where nothing of a relative name is there it stays relative.
+    return fs::weakly_canonical(fs::absolute(one, error), error) ==
+           fs::weakly_canonical(fs::absolute(other, error), error);
+}
+
 bool mayWrite(const fs::path& path) noexcept {
     return access(path.c_str(), W_OK) == 0;
 }

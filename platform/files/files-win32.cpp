@@ -21,8 +21,23 @@ struct HandleClosing {
     void operator()(HANDLE handle) const noexcept { CloseHandle(handle); }
 };
 
+using OwnedHandle = std::unique_ptr<HANDLE, HandleClosing>;
+
 constexpr DWORD longestPath = 32767;
 constexpr int forWriting = _O_WRONLY | _O_BINARY | _O_NOINHERIT;
+
+/// To ask about it, links followed; null where there is none.
+OwnedHandle openForAsking(const fs::path& path) noexcept {
+    constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const HANDLE opened = CreateFileW(path.c_str(), 0, shareAll, nullptr, OPEN_EXISTING, 0, nullptr);
+    return OwnedHandle(opened == INVALID_HANDLE_VALUE ? nullptr : opened);
+}
+
+std::wstring fullName(const fs::path& path) {
+    std::wstring full(longestPath, L'\0');
+    full.resize(GetFullPathNameW(path.c_str(), longestPath, full.data(), nullptr));
+    return full;
+}
 
 }  // namespace
 
@@ -70,9 +85,23 @@ bool closeDescriptor(int descriptor) noexcept {
 }
 
 bool namesDevice(const fs::path& path) {
-    std::wstring full(longestPath, L'\0');
-    full.resize(GetFullPathNameW(path.c_str(), longestPath, full.data(), nullptr));
-    return full.starts_with(LR"(\\.\)");
+    return fullName(path).starts_with(LR"(\\.\)");
+}
+
+bool nameOneFile(const fs::path& one, const fs::path& other) {
+    const OwnedHandle first = openForAsking(one);
+    const OwnedHandle second = openForAsking(other);
+    BY_HANDLE_FILE_INFORMATION a;
+    BY_HANDLE_FILE_INFORMATION b;
+    // Devices tell nothing, and nobody loses what they hold.
+    if (first || second)
+        return first && second && GetFileInformationByHandle(first.get(), &a) != 0 &&
+               GetFileInformationByHandle(second.get(), &b) != 0 &&
+               a.dwVolumeSerialNumber == b.dwVolumeSerialNumber && a.nFileIndexHigh == b.nFileIndexHigh &&
+               a.nFileIndexLow == b.nFileIndexLow;
+    const std::wstring name = fullName(one);
+    const std::wstring otherName = fullName(other);
+    return CompareStringOrdinal(name.c_str(), -1, otherName.c_str(), -1, TRUE) == CSTR_EQUAL;
 }
 
 bool mayWrite(const fs::path& path) noexcept {
@@ -85,10 +114,8 @@ std::optional<fs::path> linkTarget(const fs::path& path) {
     const DWORD attributes = GetFileAttributesW(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0)
         return std::nullopt;
-    constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    const HANDLE opened = CreateFileW(path.c_str(), 0, shareAll, nullptr, OPEN_EXISTING, 0, nullptr);
-    if (opened == INVALID_HANDLE_VALUE) return std::nullopt;
-    const std::unique_ptr<HANDLE, HandleClosing> file(opened);
+    const OwnedHandle file = openForAsking(path);
+    if (!file) return std::nullopt;
     std::wstring target(longestPath, L'\0');
     target.resize(GetFinalPathNameByHandleW(file.get(), target.data(), longestPath, FILE_NAME_NORMALIZED));
     if (target.empty() || fs::path(target) == path) return std::nullopt;

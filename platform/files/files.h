@@ -40,6 +40,10 @@ bool waitUntilWritable(int descriptor, std::chrono::milliseconds most) noexcept;
 /// Windows.
 bool namesDevice(const std::filesystem::path& path);
 
+/// Whether two names, links followed, stand for one regular file, by the number that its volume knows it by;
+/// or for one that isn't there yet, by its full name.
+bool nameOneFile(const std::filesystem::path& one, const std::filesystem::path& other);
+
 /// Whether this user may write to an existing file.
 bool mayWrite(const std::filesystem::path& path) noexcept;
 

@@ -38,6 +38,10 @@ std::string FileSink::lineOf(const LogRecord& record) const {
     return "[Level " + std::to_string(record.level) + "] " + timePrefix(record.time) + record.text + "\n";
 }
 
+std::string CsvFileSink::lineOf(const LogRecord& record) const {
+    return record.text.substr(0, record.text.size() - (record.text.ends_with(',') ? 1 : 0)) + "\n";
+}
+
 void FileSink::write(const LogRecord& record) {
     const std::string line = lineOf(record);
     std::span rest(reinterpret_cast<const std::uint8_t*>(line.data()), line.size());

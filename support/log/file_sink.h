@@ -46,13 +46,13 @@ private:
     bool gaveUp_ = false;
 };
 
-/// The texts alone.
-class PlainFileSink final : public FileSink {
+/// The texts alone: values with commas between them, none behind the last.
+class CsvFileSink final : public FileSink {
 public:
     using FileSink::FileSink;
 
 private:
-    std::string lineOf(const LogRecord& record) const override { return record.text + "\n"; }
+    std::string lineOf(const LogRecord& record) const override;
 };
 
 }  // namespace mvn::log

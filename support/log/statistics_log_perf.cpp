@@ -109,15 +109,16 @@ std::uint32_t StatisticsLogPerf::countBufferFull(const std::string& name) {
     return std::exchange(buffer->sinceWarning, 0U);
 }
 
-void StatisticsLogPerf::Sample() {
+bool StatisticsLogPerf::writeLine() {
     const std::lock_guard sampling(sampling_);
     const LogTime time = sources_.clock();
     const platform::SystemFigures figures = sources_.system();
     const auto cpu = cpu_.update(figures);
-    if (!cpu || statistics_ == nullptr) return;
+    if (!cpu || statistics_ == nullptr) return false;
     std::string line = headerWritten_ ? values(figures, *cpu, time) : header();
     headerWritten_ = true;
     statistics_->log({statisticsLevel, std::move(line), time});
+    return true;
 }
 
 std::string StatisticsLogPerf::header() {
@@ -125,6 +126,7 @@ std::string StatisticsLogPerf::header() {
         "Cpu,TotalCpu,WorkingSet,PrivateBytes,NumBufferFull,NumResync,NumTsDiscontinuity,KernelTime,UserTime,"
         "Date,NumDecPictures,VirtualSize,HandleCount,NumPoliticChoices,";
     const std::lock_guard lock(mutex_);
+    columns_ = buffers_.size();
     for (const Buffer& buffer : buffers_) line += "buffer_full_" + buffer.name + ',';
     return line + "LastDeltaNumOverAllBufferFull,NumPeriodThresholdReached,NeedRestart,";
 }
@@ -141,7 +143,7 @@ std::string StatisticsLogPerf::values(const platform::SystemFigures& figures, co
     line.add(figures.processKernelTime).add(figures.processUserTime);
     line.add(time.seconds * 1000 + time.milliseconds).add(counters_.pictures).add(figures.committedBytes);
     line.add(figures.handleCount).add(counters_.politicChoices);
-    for (const Buffer& buffer : buffers_) line.add(buffer.total);
+    for (std::size_t i = 0; i < columns_; ++i) line.add(buffers_[i].total);
     line.add(watchdog.lastDelta).add(watchdog.periodsOverThreshold).add(watchdog.needsRestart ? 1 : 0);
     return line.take();
 }

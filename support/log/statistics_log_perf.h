@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -41,8 +42,11 @@ public:
     void CountTsDiscontinuity() override;
     void CountDecodedPicture() override;
     void AddPoliticChoices(std::int32_t amount) override;
-    /// The first line is the header. Writes nothing when the system's times haven't moved since the last.
-    void Sample() override;
+    void Sample() override { writeLine(); }
+    /// The same: whether there was one to write, which there isn't when the system's times haven't moved
+    /// since the last. The first is the header, and has a column for each buffer registered by then; one that
+    /// comes later counts in the sum alone.
+    bool writeLine();
 
     void RegisterBuffer(const char* name) override;
     void NotifyBufferFull(const char* name) override;
@@ -81,6 +85,7 @@ private:
     std::mutex mutex_;  ///< counters and buffers
     Counters counters_;
     std::vector<Buffer> buffers_;  ///< in the order of their registration
+    std::size_t columns_ = 0;      ///< how many of them the header names
 
     std::mutex sampling_;  ///< the rest, and the order of the lines
     CpuLoad cpu_;

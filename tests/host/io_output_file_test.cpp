@@ -14,13 +14,19 @@ class OutputFileTest : public FileTest {};
 const Bytes oldBytes = {1, 2, 3};
 const Bytes newBytes(200'000, 7);
 
-TEST_F(OutputFileTest, AppearsOnlyWhenFinished) {
+/// Until then it stands beside its place, where a person finds it if this process dies.
+TEST_F(OutputFileTest, AppearsOnlyWhenFinishedAndTouchesNothingUnfinished) {
+    const fs::path older = store("out.ts.part", oldBytes);
     OutputFile file(pathOf("out.ts"));
     file.write(newBytes);
     EXPECT_FALSE(fs::exists(pathOf("out.ts")));
+    EXPECT_EQ(unfinishedOf(pathOf("out.ts")), (std::vector{older, pathOf("out.ts.part2")}));
     file.finish();
     EXPECT_EQ(load("out.ts"), newBytes);
-    EXPECT_EQ(fileCount(), 1u);
+    EXPECT_EQ(load("out.ts.part"), oldBytes);
+    EXPECT_EQ(fileCount(), 2u);
+    OutputFile(pathOf(std::string(250, 'x') + ".ts")).finish();
+    EXPECT_EQ(fileCount(), 3u);
 }
 
 TEST_F(OutputFileTest, LeavesTheOldFileUntilFinished) {

@@ -42,6 +42,11 @@ protected:
         return Bytes(std::istreambuf_iterator<char>(file), {});
     }
 
+    std::string text(const std::string& name) const {
+        const Bytes bytes = load(name);
+        return {bytes.begin(), bytes.end()};
+    }
+
     std::size_t fileCount() const {
         return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder_), {}));
     }

@@ -16,12 +16,12 @@
 
 #include "core/fec_composer.h"
 #include "core/fec_packet.h"
+#include "host/graph/sent_numbers.h"
 #include "host/live/delay_line.h"
 #include "host/live/file_media_input.h"
 #include "host/live/pacer.h"
 #include "host/live/reception_log.h"
 #include "host/live/reception_meter.h"
-#include "host/live/sent_numbers.h"
 #include "host/stages/repair_chain.h"
 #include "tests/host/io_test_frames.h"
 #include "tests/host/program_run.h"

@@ -129,6 +129,67 @@ TEST_F(Protected, RestartBringsNothingThatWasNotSent) {
     EXPECT_EQ(load("plain.ts").size(), (2 * length - 1) * 7u * 188);
 }
 
+/// FEC packets over a hole would name packets that they don't protect.
+TEST_F(Protected, HolesInACaptureHaveNothingWrongRebuilt) {
+    protect();
+    lose([](const Datagram& d, int) { return isMedia(d, 333, 333) || isMedia(d, 700, 719); });
+    const Outcome result = run("protect lossy.pcap again.pcap --mode both --columns 10 --rows 10");
+    EXPECT_NE(result.text.find("FEC over holes, left out"), std::string::npos) << result.text;
+    run("repair again.pcap out.ts --guard on");
+    Bytes sent = sample();
+    constexpr int size = 7 * 188;
+    sent.erase(sent.begin() + 700 * size, sent.begin() + 720 * size);
+    sent.erase(sent.begin() + 333 * size, sent.begin() + 334 * size);
+    EXPECT_TRUE(load("out.ts") == sent);
+    const Outcome simulated = run("simulate lossy.pcap --preset balanced --loss 0");
+    EXPECT_NE(simulated.text.find("stream equals the source"), std::string::npos) << simulated.text;
+}
+
+TEST_F(Protected, BrokenCaptureIsRepairedAsFarAsItGoes) {
+    protect();
+    const Bytes whole = load("fec.pcap");
+    store("cut.pcap", Bytes(whole.begin(), whole.begin() + 500'000));
+    Bytes damaged = whole;
+    std::fill_n(damaged.begin() + 499'800, 16, 0xff);  // the header of the packet that is cut there
+    store("damaged.pcap", damaged);
+    const Bytes sent = sample();
+    for (const std::string name : {"cut.pcap", "damaged.pcap"}) {
+        const Outcome result = run("repair " + name + " out.ts --guard on --log run.log");
+        EXPECT_EQ(result.status, 0) << result.text;
+        for (const std::string& told : {result.text, text("run.log")})
+            EXPECT_NE(told.find(name + ": broken behind packet 360, at byte "), std::string::npos) << told;
+        EXPECT_TRUE(load("out.ts") == Bytes(sent.begin(), sent.begin() + 309 * 7 * 188));
+    }
+}
+
+/// Through whatever name, and nothing has been opened for writing.
+TEST_F(Protected, NothingIsWrittenOverWhatIsRead) {
+    protect();
+    const Bytes before = load("fec.pcap");
+    std::filesystem::create_hard_link(pathOf("fec.pcap"), pathOf("hard.pcap"));
+    std::error_code isWindows;
+    std::filesystem::create_symlink("fec.pcap", pathOf("link.pcap"), isWindows);
+    const std::size_t files = fileCount();
+    for (const std::string arguments :
+         {"repair fec.pcap fec.pcap", "repair fec.pcap ./fec.pcap", "repair fec.pcap hard.pcap",
+          "repair fec.pcap out.ts --json fec.pcap", "repair fec.pcap out.ts --log hard.pcap",
+          "repair fec.pcap out.ts --stats-csv hard.pcap", "protect hard.pcap fec.pcap --preset lean",
+          "simulate hard.pcap --preset lean --output fec.pcap",
+          "packetize in.ts out.pcap --format mpeg2ts --sdp in.ts",
+          "packetize in.ts out.pcap --format mpeg2ts --json ./in.ts",
+          "units in.ts --format mpeg2ts --json in.ts", "stream in.ts --to 127.0.0.1:5004 --sdp in.ts",
+          "plan --trace hard.pcap --json fec.pcap",
+          "send in.ts --to 127.0.0.1:5004 --preset lean --log in.ts",
+          "receive --from 127.0.0.1:5004 x.ts --log ./x.ts", "repair link.pcap hard.pcap"}) {
+        if (isWindows && arguments.find("link") != std::string::npos) continue;
+        const Outcome result = run(arguments);
+        EXPECT_EQ(result.status, 2) << arguments << ": " << result.text;
+        EXPECT_NE(result.text.find(" is named for "), std::string::npos) << result.text;
+    }
+    EXPECT_EQ(fileCount(), files);
+    EXPECT_TRUE(load("fec.pcap") == before && load("in.ts") == sample());
+}
+
 TEST_F(ProgramTest, SimulationIsRepeatableAndSaysWhetherTheStreamIsWhole) {
     const std::string base = "simulate --mode both --columns 10 --rows 10 --loss 0.03 ";
     const auto first = figures(base + "--seed 4 --output out.ts");
@@ -201,9 +262,8 @@ TEST_F(ProgramTest, WrongUsageIsRefusedWithTheReasonAndStatusTwo) {
 
 TEST_F(Protected, BrokenFilesGiveOneLineThatNamesThemAndLeaveNoOutput) {
     protect();
-    Bytes cut = load("fec.pcap");
-    cut.resize(cut.size() - 100);
-    store("cut.pcap", cut);
+    const Bytes whole = load("fec.pcap");
+    store("cut.pcap", Bytes(whole.begin(), whole.begin() + 100));
     store("empty.pcap", {});
     store("foreign.pcap", Bytes(5000, 'x'));
     store("foreign.ts", Bytes(5000, 'x'));

@@ -82,6 +82,8 @@ TEST_F(StatisticsLogPerfTest, TheLineHasEveryFigureInItsColumn) {
               "buffer_full_b,LastDeltaNumOverAllBufferFull,NumPeriodThresholdReached,NeedRestart,"});
     perf.Sample();
     EXPECT_EQ(csv.lines.size(), 1U) << "no time has passed";
+    perf.RegisterBuffer("late");  // counts, but has no column
+    notify("late", 7);
     notify("b", 2);
     notify("unknown", 1);
     for (int i = 0; i < 3; ++i) perf.CountResync();
@@ -99,7 +101,7 @@ TEST_F(StatisticsLogPerfTest, TheLineHasEveryFigureInItsColumn) {
                .handleCount = 14};
     perf.Sample();
     ASSERT_EQ(csv.lines.size(), 2U);
-    EXPECT_EQ(csv.lines[1], "5,30,11,12,2,3,4,20,30,1000005,5,13,14,-6,0,2,0,0,0,");
+    EXPECT_EQ(csv.lines[1], "5,30,11,12,9,3,4,20,30,1000005,5,13,14,-6,0,2,0,0,0,");
 }
 
 TEST_F(StatisticsLogPerfTest, TheWatchdogAsksForARestartAfterTooManyBadPeriods) {

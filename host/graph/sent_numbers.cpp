@@ -1,4 +1,4 @@
-#include "host/live/sent_numbers.h"
+#include "host/graph/sent_numbers.h"
 
 #include <algorithm>
 
