@@ -103,6 +103,7 @@ bool isByteStream(StreamType type) {
     switch (type) {
         case StreamType::teletext:
         case StreamType::dvbSubtitle:
+        case StreamType::aacRaw:
         case StreamType::scte35:
         case StreamType::ttml:
         case StreamType::klv:

@@ -104,10 +104,13 @@ def config_he_compatible(core_rate, channels, parametric_stereo):
 
 
 def raw_records(config, frames, rate=None):
-    """As rtp_media/audio/aac_raw_record.h lays them out; without times when no rate is given."""
+    """As rtp_media/audio/aac_raw_record.h lays them out; without times when no rate is given.
+
+    The first one begins a frame late, since a time of 0 is none.
+    """
     out = b""
     for index, frame in enumerate(frames):
-        time = b"\xff" * 8 if rate is None else (index * 1024 * 10_000_000 // rate).to_bytes(8, "big")
+        time = b"\xff" * 8 if rate is None else ((index + 1) * 1024 * 10_000_000 // rate).to_bytes(8, "big")
         out += time + bytes(4) + len(config.text).to_bytes(4, "big") + config.bytes()
         out += len(frame).to_bytes(4, "big") + frame
     return out

@@ -1,13 +1,15 @@
 #include "selftest/rtp_packet_builder_tester.h"
 
+#include <algorithm>
 #include <array>
-#include <fstream>
-#include <iterator>
+#include <cstdio>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <utility>
 
 #include "core/big_endian.h"
+#include "platform/files/files.h"
 #include "platform/files/utf8_path.h"
 #include "rtp_media/chain/nal_builder.h"
 #include "rtp_media/chain/simple_media_data.h"
@@ -19,10 +21,27 @@ namespace {
 constexpr std::uint32_t payloadType = 96;
 constexpr std::uint32_t port = 5000;
 
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+File open(std::string path) {
+    const auto opened = [&] { return platform::openForReading(platform::pathFromUtf8(path)); };
+    if (File file(opened(), std::fclose); file != nullptr) return file;
+    std::replace(path.begin(), path.end(), '\\', '/');
+    return {opened(), std::fclose};
+}
+
+/// None also for what opens and then can't be read, as a directory may.
 std::optional<std::vector<BYTE>> readWhole(const std::string& path) {
-    std::ifstream file(platform::pathFromUtf8(path), std::ios::binary);
-    if (!file) return std::nullopt;
-    return std::vector<BYTE>{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const File file = open(path);
+    if (file == nullptr) return std::nullopt;
+    std::vector<BYTE> bytes;
+    std::array<BYTE, 65536> part;
+    for (std::size_t count = part.size(); count == part.size();) {
+        count = std::fread(part.data(), 1, part.size(), file.get());
+        bytes.insert(bytes.end(), part.begin(), part.begin() + static_cast<std::ptrdiff_t>(count));
+    }
+    if (std::ferror(file.get()) != 0) return std::nullopt;
+    return bytes;
 }
 
 /// Whether one of the lines, which backslashes separate, begins so.
@@ -42,7 +61,8 @@ CRtpPacketBuilderTester::CRtpPacketBuilderTester(std::string filePath, StreamTyp
     : filePath_(std::move(filePath)), streamType_(streamType), expectedPackets_(expectedPackets) {}
 
 bool CRtpPacketBuilderTester::hasFile() const {
-    return std::ifstream(platform::pathFromUtf8(filePath_), std::ios::binary).is_open();
+    const File file = open(filePath_);
+    return file != nullptr && (std::fgetc(file.get()) != EOF || std::ferror(file.get()) == 0);
 }
 
 bool CRtpPacketBuilderTester::run(std::ostream& out) {
@@ -50,6 +70,11 @@ bool CRtpPacketBuilderTester::run(std::ostream& out) {
     const auto packetizer = RTPPacketBuilder::create(streamType_, payloadType, port, &listener,
                                                      ParameterSetMode::sdp, TimestampMode::presentation);
     const auto parser = createNALBuilder(streamType_);
+    if (packetizer == nullptr || parser == nullptr) {
+        listener.fail("no parser or no packetizer for stream type " +
+                      std::to_string(static_cast<std::int32_t>(streamType_)));
+        return false;
+    }
     parser->setListener(packetizer.get());
     auto bytes = readWhole(filePath_);
     if (!bytes) {

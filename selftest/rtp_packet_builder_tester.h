@@ -11,7 +11,7 @@
 namespace mvrtpfec {
 
 /// Packetizes a file in one sample and holds the packets, their number and the attributes of the description
-/// against what they must be.
+/// against what they must be. Where no file has this very path, backslashes in it are taken for slashes.
 class CRtpPacketBuilderTester : public ITest {
 public:
     CRtpPacketBuilderTester(std::string filePath, StreamType streamType, std::uint32_t expectedPackets);
@@ -19,13 +19,13 @@ public:
     bool run(std::ostream& out) override;
     std::string getName() override { return "RtpPacketBuilder_" + filePath_; }
 
-    /// Whether the file can be opened at all; without it, run() has nothing to test.
+    /// Whether there is a file that can be read; without it, run() has nothing to test.
     bool hasFile() const;
     const std::string& filePath() const noexcept { return filePath_; }
 
-private:
     class PacketListener;
 
+private:
     std::string filePath_;
     StreamType streamType_;
     std::uint32_t expectedPackets_;

@@ -3,49 +3,23 @@
 #include <array>
 
 #include "rtp_media/audio/nal_aac.h"
-#include "rtp_media/audio/nal_aac_latm_loas.h"
-#include "rtp_media/bits/bit_reader.h"
 
 namespace mvrtpfec {
 
 std::optional<std::int64_t> AudioClock::timeOf(NAL& unit) {
     const auto length = lengthOf(unit);
     if (!length || length->sampleRate == 0) return std::nullopt;
-    const auto now = [&] {
-        return sampleRate_ == 0 ? start_ : start_ + FrameRate{sampleRate_, 1}.timeOf(samples_);
-    };
-    if (length->sampleRate != sampleRate_) {
-        start_ = now();
-        sampleRate_ = length->sampleRate;
-        samples_ = 0;
-    }
-    const std::int64_t time = now();
-    samples_ += length->samples;
+    const std::int64_t time = clock_.now();
+    clock_.advance(length->samples, length->sampleRate);
     return time;
 }
 
 std::optional<AudioClock::Length> AudioClock::lengthOf(NAL& unit) {
-    if (unit.streamType() == StreamType::aacLatm) return latmLengthOf(unit);
     if (unit.streamType() == StreamType::mpeg1Audio) return mpeg1LengthOf(unit);
     if (unit.streamType() == StreamType::ac3) return ac3LengthOf(unit);
     auto* const aac = dynamic_cast<NALAAC*>(&unit);
     if (aac == nullptr || !aac->frame()) return std::nullopt;
     return Length{aac->frame()->samples, aac->frame()->sampleRate};
-}
-
-std::optional<AudioClock::Length> AudioClock::latmLengthOf(NAL& unit) {
-    constexpr std::uint32_t samplesPerSubframe = 1024;
-    auto* const latm = dynamic_cast<NALAACLATMLOAS*>(&unit);
-    if (latm == nullptr) return std::nullopt;
-    try {
-        config_ = latm->frame(config_ ? &*config_ : nullptr).config;
-    } catch (const BitstreamException&) {
-        return std::nullopt;
-    } catch (const Mpeg4AudioException&) {
-        return std::nullopt;
-    }
-    return Length{static_cast<std::uint32_t>(config_->subframes) * samplesPerSubframe,
-                  config_->audio.samplingFrequency.hz};
 }
 
 /// ISO/IEC 11172-3, 2.4.2.3.

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "host/media/unit_clock.h"
-#include "rtp_media/audio/stream_mux_config.h"
+#include "rtp_media/audio/sample_clock.h"
 
 namespace mvrtpfec {
 
-/// Frames of audio one behind the other, each as long as its samples at its sample rate.
+/// Frames of audio one behind the other, each as long as its samples at its sample rate. Those in LATM are
+/// timed by their parser.
 class AudioClock : public UnitClock {
 public:
     /// None for a frame that doesn't say how long it is; it takes no time.
@@ -17,15 +18,11 @@ private:
         std::uint32_t sampleRate = 0;  ///< Hz, not 0
     };
 
-    std::optional<Length> lengthOf(NAL& unit);
-    std::optional<Length> latmLengthOf(NAL& unit);
+    static std::optional<Length> lengthOf(NAL& unit);
     static std::optional<Length> mpeg1LengthOf(const NAL& unit);
     static std::optional<Length> ac3LengthOf(const NAL& unit);
 
-    std::int64_t start_ = 0;  ///< 100 ns, of the first frame at this rate
-    std::uint32_t sampleRate_ = 0;
-    std::uint64_t samples_ = 0;  ///< since then
-    std::optional<StreamMuxConfig> config_;
+    SampleClock clock_;
 };
 
 }  // namespace mvrtpfec

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "core/big_endian.h"
+#include "rtp_media/audio/aac_raw_record.h"
 
 namespace mvrtpfec {
 
@@ -99,10 +100,21 @@ RecordSize teletextRecord(Bytes bytes) {
     throw std::runtime_error("a teletext data unit isn't 44 bytes long");
 }
 
+/// What is no record is passed over up to where one may begin; the parser drops it.
+RecordSize aacRawRecord(Bytes bytes) {
+    const auto first = aacRawExtent(bytes);
+    if (first.headerSize > bytes.size()) return {0, first.headerSize};
+    if (first.size > 0) return known(first.size);
+    std::size_t junk = 1;
+    while (aacRawExtent(bytes.subspan(junk)).headerSize == 0) ++junk;
+    return known(junk);
+}
+
 }  // namespace
 
 bool isCutIntoRecords(StreamType type) {
     switch (type) {
+        case StreamType::aacRaw:
         case StreamType::scte35:
         case StreamType::klv:
         case StreamType::ttml:
@@ -121,6 +133,8 @@ bool isCutIntoRecords(StreamType type) {
 RecordSize recordSize(StreamType type, Bytes bytes) {
     if (bytes.empty()) return more(bytes);
     switch (type) {
+        case StreamType::aacRaw:
+            return aacRawRecord(bytes);
         case StreamType::scte35:
             return spliceRecord(bytes);
         case StreamType::klv:

@@ -32,7 +32,7 @@ public:
 ///
 /// Formats whose parser finds its units by itself come in pieces of 64 KiB without times. A transport stream
 /// comes a packet a sample, timed from its clock references (TsReader). What has no boundaries but its
-/// samples' comes a unit a sample, each a sync point.
+/// samples', or ends with them, comes a unit a sample, each a sync point.
 std::unique_ptr<SampleSource> openSamples(const std::filesystem::path& path, StreamType type);
 
 }  // namespace mvrtpfec

@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "host/media/record_size.h"
 #include "platform/process/signals.h"
 #include "rtp_media/bits/bit_reader.h"
 #include "rtp_media/chain/sample_bytes.h"
@@ -76,7 +77,8 @@ SamplePtr StreamInput::nextPart() {
         if (piece_ == nullptr) return {};
     }
     const auto bytes = sampleBytes(*piece_);
-    if (bytes.size() <= partSize) return std::exchange(piece_, nullptr);
+    if (bytes.size() <= partSize || isCutIntoRecords(options_.format->type))
+        return std::exchange(piece_, nullptr);
     const auto part = bytes.subspan(partsEnd_, std::min(partSize, bytes.size() - partsEnd_));
     SamplePtr copy = sampleOf({part.begin(), part.end()});
     partsEnd_ += part.size();

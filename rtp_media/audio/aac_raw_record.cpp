@@ -27,10 +27,28 @@ std::uint32_t aacRawFrameLength(std::span<const std::uint8_t> record, std::size_
     return readBigEndian32(&record[headerSize - AacRawRecord::frameLengthSize]);
 }
 
+bool isAacRawRecord(std::span<const std::uint8_t> bytes) {
+    if (bytes.size() < AacRawRecord::fixedSize) return false;
+    const std::size_t headerSize = aacRawHeaderSize(aacRawConfigBits(bytes));
+    return bytes.size() >= headerSize && bytes.size() - headerSize == aacRawFrameLength(bytes, headerSize);
+}
+
+AacRawExtent aacRawExtent(std::span<const std::uint8_t> bytes) {
+    if (bytes.size() < AacRawRecord::fixedSize) return {AacRawRecord::fixedSize, 0};
+    const std::uint32_t configBits = aacRawConfigBits(bytes);
+    if (configBits < AacRawRecord::shortestConfigBits || configBits > AacRawRecord::longestConfigBits)
+        return {};
+    const std::size_t headerSize = aacRawHeaderSize(configBits);
+    if (bytes.size() < headerSize) return {headerSize, 0};
+    const std::uint32_t frameLength = aacRawFrameLength(bytes, headerSize);
+    if (frameLength == 0 || frameLength > AacRawRecord::longestFrame) return {};
+    return {headerSize, headerSize + frameLength};
+}
+
 std::optional<std::int64_t> aacRawTime(std::span<const std::uint8_t> record) {
     const std::uint64_t time =
         std::uint64_t{readBigEndian32(record.data())} << 32 | readBigEndian32(&record[4]);
-    if (time == noTime) return std::nullopt;
+    if (time == noTime || time == 0) return std::nullopt;
     return static_cast<std::int64_t>(time);
 }
 

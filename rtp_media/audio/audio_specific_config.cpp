@@ -46,8 +46,10 @@ void skipGeneralAudioExtension(BitReader& bits, std::uint32_t type) {
 }
 
 /// GASpecificConfig (4.4.1).
-void skipGeneralAudio(BitReader& bits, const Config& config, std::size_t configStart) {
-    bits.skip(1);  // frameLengthFlag
+void readGeneralAudio(BitReader& bits, Config& config, std::size_t configStart) {
+    const bool frameLengthFlag = bits.flag();
+    const bool isLowDelay = config.audioObjectType == Config::erAacLd;
+    config.frameSamples = frameLengthFlag ? (isLowDelay ? 480 : 960) : (isLowDelay ? 512 : 1024);
     const bool dependsOnCoreCoder = bits.flag();
     if (dependsOnCoreCoder) bits.skip(14);
     const bool extensionFlag = bits.flag();
@@ -67,6 +69,16 @@ void readExtensionInFront(BitReader& bits, Config& config) {
     config.extensionSamplingFrequency = readSamplingFrequency(bits);
     config.audioObjectType = readObjectType(bits);
     if (config.audioObjectType == Config::erBsac) bits.skip(4);  // extensionChannelConfiguration
+}
+
+/// All that comes before the configuration of the object type.
+Config readFirstFields(BitReader& bits) {
+    Config config;
+    config.audioObjectType = readObjectType(bits);
+    config.samplingFrequency = readSamplingFrequency(bits);
+    config.channelConfiguration = bits.bits(4);
+    readExtensionInFront(bits, config);
+    return config;
 }
 
 /// Backward compatible signalling (1.6.2.1, syncExtensionType): what other readers take for padding.
@@ -92,13 +104,9 @@ AudioSpecificConfig parseAudioSpecificConfig(BitReader& bits, std::optional<std:
     if (length && *length > bits.remaining())
         throw BitstreamException("the AudioSpecificConfig isn't all there");
     const std::size_t start = bits.position();
-    Config config;
-    config.audioObjectType = readObjectType(bits);
-    config.samplingFrequency = readSamplingFrequency(bits);
-    config.channelConfiguration = bits.bits(4);
-    readExtensionInFront(bits, config);
+    Config config = readFirstFields(bits);
     if (!isGeneralAudio(config.audioObjectType)) throwNotImplemented();
-    skipGeneralAudio(bits, config, start);
+    readGeneralAudio(bits, config, start);
     if (isErrorResilient(config.audioObjectType)) {
         const std::uint32_t epConfig = bits.bits(2);
         if (epConfig >= 2) throwNotImplemented();
@@ -109,6 +117,23 @@ AudioSpecificConfig parseAudioSpecificConfig(BitReader& bits, std::optional<std:
         readExtensionBehind(bits, config, end);
     if (bits.position() > end) throw BitstreamException("the AudioSpecificConfig is longer than told");
     return config;
+}
+
+std::optional<AudioSpecificConfig> readAudioSpecificConfig(std::span<const std::uint8_t> bytes,
+                                                           std::size_t length) {
+    try {
+        BitReader bits(bytes);
+        return parseAudioSpecificConfig(bits, length);
+    } catch (const BitstreamException&) {
+    } catch (const Mpeg4AudioException&) {
+    }
+    try {
+        BitReader bits(bytes);
+        const Config config = readFirstFields(bits);
+        if (bits.position() <= length) return config;
+    } catch (const BitstreamException&) {
+    }
+    return std::nullopt;
 }
 
 }  // namespace mvrtpfec

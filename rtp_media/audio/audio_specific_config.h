@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 
 #include "rtp_media/bits/bit_reader.h"
 
@@ -25,6 +26,7 @@ struct AudioSpecificConfig {
         erAacScalable = 20,
         erTwinVq = 21,
         erBsac = 22,
+        erAacLd = 23,
         parametricStereo = 29,
         escape = 31,
     };
@@ -38,11 +40,17 @@ struct AudioSpecificConfig {
     SamplingFrequency extensionSamplingFrequency;
     bool sbrPresent = false;
     bool psPresent = false;
+    std::uint32_t frameSamples = 1024;  ///< at samplingFrequency, of a frame and channel
 };
 
 /// Reads a configuration of `length` bits; where the length isn't known, no extension is looked for behind
 /// it. The position is left behind what was read. Throws BitstreamException when it ends too early, and
 /// Mpeg4AudioException for other object types and for error protection.
 AudioSpecificConfig parseAudioSpecificConfig(BitReader& bits, std::optional<std::size_t> length);
+
+/// The same of a configuration that can't be read to its end, too: what stands in its first fields then, the
+/// object types, rates and channels. None where these aren't within its `length` bits.
+std::optional<AudioSpecificConfig> readAudioSpecificConfig(std::span<const std::uint8_t> bytes,
+                                                           std::size_t length);
 
 }  // namespace mvrtpfec

@@ -2,15 +2,13 @@
 
 #include "rtp_media/audio/aac_raw_record.h"
 #include "rtp_media/audio/audio_specific_config.h"
-#include "rtp_media/audio/mpeg4_audio_exception.h"
 
 namespace mvrtpfec {
 
 namespace {
 
-AacFrame frameOf(const AudioSpecificConfig& config) {
+void describe(const AudioSpecificConfig& config, AacFrame& frame) {
     using Config = AudioSpecificConfig;
-    AacFrame frame;
     frame.sbr = config.sbrPresent;
     frame.channels = config.channelConfiguration;
     if (config.sbrPresent && config.extensionAudioObjectType == Config::sbr) {
@@ -21,7 +19,6 @@ AacFrame frameOf(const AudioSpecificConfig& config) {
         frame.samples = config.audioObjectType == Config::aacLc ? 1024 : 2048;
     }
     if (config.extensionAudioObjectType == Config::parametricStereo) frame.channels *= 2;
-    return frame;
 }
 
 }  // namespace
@@ -32,21 +29,14 @@ std::span<const std::uint8_t> aacRawConfig(std::span<const std::uint8_t> unit, c
 }
 
 std::optional<AacFrame> parseAacRawFrame(std::span<const std::uint8_t> unit) {
-    if (unit.size() < AacRawRecord::fixedSize) return std::nullopt;
+    if (!isAacRawRecord(unit)) return std::nullopt;
     const std::uint32_t configBits = aacRawConfigBits(unit);
-    const std::size_t headerSize = aacRawHeaderSize(configBits);
-    if (unit.size() < headerSize) return std::nullopt;
-    if (unit.size() - headerSize != aacRawFrameLength(unit, headerSize)) return std::nullopt;
-    try {
-        BitReader bits(unit.subspan(AacRawRecord::fixedSize));
-        AacFrame frame = frameOf(parseAudioSpecificConfig(bits, configBits));
-        frame.headerLength = headerSize;
-        return frame;
-    } catch (const BitstreamException&) {
-        return std::nullopt;
-    } catch (const Mpeg4AudioException&) {
-        return std::nullopt;
-    }
+    AacFrame frame;
+    frame.headerLength = aacRawHeaderSize(configBits);
+    const auto config = readAudioSpecificConfig(aacRawConfig(unit, frame), configBits);
+    if (!config) return std::nullopt;
+    describe(*config, frame);
+    return frame;
 }
 
 }  // namespace mvrtpfec

@@ -6,7 +6,8 @@
 
 namespace mvrtpfec {
 
-/// None also when the sizes in the unit don't add up to it, or its configuration isn't supported.
+/// None also when the sizes in the unit don't add up to it, or its configuration doesn't tell rate and
+/// channels.
 std::optional<AacFrame> parseAacRawFrame(std::span<const std::uint8_t> unit);
 
 /// The configuration of a unit for which there is a frame.

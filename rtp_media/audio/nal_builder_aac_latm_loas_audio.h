@@ -1,7 +1,10 @@
 #pragma once
 
+#include <optional>
+
 #include "rtp_media/audio/nal_aac_latm_loas.h"
 #include "rtp_media/audio/nal_builder_synced_frames.h"
+#include "rtp_media/audio/sample_clock.h"
 
 namespace mvrtpfec {
 
@@ -16,7 +19,21 @@ struct LoasFormat {
     }
 };
 
-/// Cuts AAC in LATM/LOAS (AudioSyncStream) into its frames.
-class NALBuilderAACLATMLOASAudio final : public NALBuilderSyncedFrames<LoasFormat> {};
+/// Cuts AAC in LATM/LOAS (AudioSyncStream) into its frames. Those of a sample without a time count on from
+/// the last time there was, or from 0, each as long as its configuration says; one that can't be read is as
+/// long as the configuration before says. Before there is any, a frame bears no time.
+class NALBuilderAACLATMLOASAudio final : public NALBuilderSyncedFrames<LoasFormat> {
+public:
+    void emit(std::unique_ptr<NAL> unit) override;
+    void flush() override;
+
+private:
+    void learnConfig(NAL& unit);
+    void setTime(SampleTiming& timing);
+
+    std::optional<StreamMuxConfig> config_;
+    SampleClock clock_;
+    std::optional<std::int64_t> sampleTime_;  ///< the last that a sample had
+};
 
 }  // namespace mvrtpfec

@@ -1,19 +1,24 @@
 #pragma once
 
-#include "rtp_media/audio/nal_builder_frames.h"
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "rtp_media/chain/nal_builder.h"
 
 namespace mvrtpfec {
 
-/// Splits a stream of AacRawRecords into units, one record each. A sample normally holds one; several, or
-/// parts, are fine. A record with an impossible length isn't taken for one, and the hunt goes on behind its
-/// first byte. A unit is timed by its sample, or by its record where the sample has no time.
-class NALBuilderAACRawAudio final : public NALBuilderFrames {
+/// Splits samples of AacRawRecords into units, one record each. A sample normally holds one; several are
+/// fine. Records end with their sample: one that doesn't, or behind which neither the sample ends nor another
+/// begins, is damaged and dropped, and the hunt goes on behind its first byte, in this sample alone. A unit
+/// is timed by its sample, or by its record where the sample has no time.
+class NALBuilderAACRawAudio final : public NALBuilder {
 public:
-    NALBuilderAACRawAudio();
+    void input(IMediaData* sample) override;
+    void flush() override { endOfStream(); }
 
 private:
-    Finding inspect(std::span<const std::uint8_t> header) const override;
-    std::unique_ptr<NAL> takeUnit(PendingSamples& pending, std::size_t size) const override;
+    void emitRecord(IMediaData& sample, std::span<const std::uint8_t> record);
 };
 
 }  // namespace mvrtpfec

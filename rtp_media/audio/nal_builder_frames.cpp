@@ -8,8 +8,7 @@
 
 namespace mvrtpfec {
 
-NALBuilderFrames::NALBuilderFrames(std::optional<std::uint8_t> firstByte, std::size_t mostHeader)
-    : firstByte_(firstByte) {
+NALBuilderFrames::NALBuilderFrames(std::uint8_t firstByte, std::size_t mostHeader) : firstByte_(firstByte) {
     header_.reserve(mostHeader);
 }
 
@@ -43,8 +42,7 @@ void NALBuilderFrames::scan(std::span<const std::uint8_t> bytes) {
 }
 
 std::size_t NALBuilderFrames::skipToFirstByte(std::span<const std::uint8_t> bytes) {
-    if (!firstByte_) return 0;
-    const void* const found = std::memchr(bytes.data(), *firstByte_, bytes.size());
+    const void* const found = std::memchr(bytes.data(), firstByte_, bytes.size());
     const std::size_t skipped =
         found == nullptr ? bytes.size()
                          : static_cast<std::size_t>(static_cast<const std::uint8_t*>(found) - bytes.data());

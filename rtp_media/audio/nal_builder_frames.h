@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <span>
 #include <vector>
 
@@ -31,9 +30,8 @@ protected:
     };
     static constexpr Finding noFrame() { return {}; }
 
-    /// `firstByte`: what every frame begins with, where there is such a byte. `most`: an upper bound for the
-    /// header.
-    NALBuilderFrames(std::optional<std::uint8_t> firstByte, std::size_t mostHeader);
+    /// `firstByte`: what every frame begins with. `mostHeader`: an upper bound for the header.
+    NALBuilderFrames(std::uint8_t firstByte, std::size_t mostHeader);
 
     /// Looks at `header`, at least one byte; any further bytes of the stream may follow in it.
     virtual Finding inspect(std::span<const std::uint8_t> header) const = 0;
@@ -50,7 +48,7 @@ private:
     void giveUpHeader(std::size_t count);
     void reset();
 
-    std::optional<std::uint8_t> firstByte_;
+    std::uint8_t firstByte_;
     PendingSamples pending_;            ///< from the first byte of the possible frame on
     std::vector<std::uint8_t> header_;  ///< what was seen of it; empty while a frame is counted down
     std::size_t headerWanted_ = 1;      ///< bytes of header_ with which to ask again

@@ -22,6 +22,9 @@ struct StreamMuxConfig {
     bool otherDataPresent = false;
     std::uint32_t otherDataLenBits = 0;
     bool crcCheckPresent = false;
+
+    /// Of one AudioMuxElement, at the rate of `audio`.
+    std::uint32_t frameSamples() const { return static_cast<std::uint32_t>(subframes) * audio.frameSamples; }
 };
 
 /// Throws BitstreamException when it ends too early, Mpeg4AudioException when it isn't supported.

@@ -76,11 +76,17 @@ bool NALH264Manager::followRemovalDelay() {
         } else if (current == 0) {
             timing_.base += previous;
         } else {
-            timing_ = SeiTiming();
+            forgetTiming();
             return false;
         }
     }
     return true;
+}
+
+void NALH264Manager::forgetTiming() {
+    timing_ = SeiTiming();
+    resetAnchor(0);
+    anchorLost_ = true;
 }
 
 std::uint64_t NALH264Manager::removalDelayModulus() const {
@@ -120,6 +126,7 @@ std::optional<NALH264Manager::Times> NALH264Manager::timesBy(const AvcSps& sps) 
     if (!anchorValid_) {
         firstOutputCount_ = outputCount;
         anchorValid_ = true;
+        anchorLost_ = false;
     }
     Times times;
     times.presentation = ticksOf(outputCount - firstOutputCount_, units, scale) + anchorTime_;

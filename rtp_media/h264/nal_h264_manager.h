@@ -45,6 +45,9 @@ public:
     /// The next picture with times is presented at `time`, ticks of 90 kHz.
     void resetAnchor(std::uint64_t time);
     bool isAnchorValid() const noexcept { return anchorValid_; }
+    /// The messages began a new count, of which no picture has been timed yet: without a new anchor its first
+    /// would be presented at 0.
+    bool isAnchorLost() const noexcept { return anchorLost_; }
 
 private:
     static constexpr std::uint32_t unknown = 0xFFFFFFFF;
@@ -68,6 +71,7 @@ private:
 
     void takeBufferingPeriod(const AvcBufferingPeriod& period);
     bool followRemovalDelay();
+    void forgetTiming();
     std::uint64_t removalDelayModulus() const;
     std::optional<Times> timesBy(const AvcSps& sps);
 
@@ -77,6 +81,7 @@ private:
     SeiTiming timing_;
     std::uint64_t anchorTime_ = 0;
     bool anchorValid_ = false;
+    bool anchorLost_ = false;
     std::uint64_t firstOutputCount_ = 0;  ///< removal count and output delay of the anchor's picture
 };
 

@@ -106,7 +106,11 @@ bool RTPPacketBuilderH264::takeSlice(NAL& unit) {
     if (timeScale_ == 0) return false;
     pts_ += frameDuration(frameTicks_, timeScale_);
     const SampleTiming timing = in90k(unit.timing);
-    if (timing.hasPts) manager_.resetAnchor(static_cast<std::uint64_t>(timing.pts));
+    if (timing.hasPts) {
+        manager_.resetAnchor(static_cast<std::uint64_t>(timing.pts));
+    } else if (manager_.isAnchorLost()) {
+        manager_.resetAnchor(pts_);
+    }
     setTimes(timing, timesToldFor(unit));
     accessUnitPending_ = true;
     return true;
@@ -174,7 +178,7 @@ bool RTPPacketBuilderH264::takePps(NAL& unit) {
     try {
         manager_.takePps(rbspOf(unit));
     } catch (const BitstreamException&) {
-        return false;
+        // Sent all the same: the receiver's decoder may know more.
     }
     return isInBand();
 }

@@ -14,7 +14,8 @@ namespace mvrtpfec {
 /// access unit wait until a unit that is no slice closes it, so that the last one gets the marker;
 /// consecutive pictures without such a unit between them are one. Without timing in the VUI of the first
 /// parameter set nothing is sent. A picture's time is its sample's, or else what the SEI messages tell, or
-/// else one frame after the slice before.
+/// else one frame after the slice before. Where the messages' count breaks off and begins anew, the times
+/// go on from there.
 class RTPPacketBuilderH264 final : public RTPPacketBuilder {
 public:
     RTPPacketBuilderH264(std::uint32_t payloadType, std::uint32_t port, RTPPacketListener* listener,

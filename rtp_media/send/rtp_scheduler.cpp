@@ -18,6 +18,7 @@ RTPScheduler::RTPScheduler(IReferenceClock* clock, RTPSchedulerSettings settings
     : referenceClock_(clock),
       settings_(std::move(settings)),
       thread_([this] { RTPScheduler::threadBody(); }) {
+    if (thread_.Handle() == nullptr) throwLastError();
     // Not by its slot: a derived class may still be under construction.
     thread_.Start();
 }
@@ -103,7 +104,7 @@ void RTPScheduler::sendDue(LateStreams& late) {
     }
 }
 
-/// Looks at the first packet of each stream once; true when it sent any.
+/// Looks at the first packet of each stream once; true when it sent any, or gave one up on the way.
 bool RTPScheduler::pass(LateStreams& late) {
     idle_ = true;
     if (!sdpReady_) {
@@ -119,7 +120,7 @@ bool RTPScheduler::pass(LateStreams& late) {
     return sent;
 }
 
-/// Deals with the first packet of a stream; true when it was sent.
+/// Deals with the first packet of a stream; true when the next one has its turn.
 bool RTPScheduler::serve(RTPStream& stream, LateStreams& late) {
     RTPMediaPacket& packet = *stream.firstPacket();
     if (!clock_) clock_.emplace(referenceClock_, settings_.wallClock);
@@ -131,7 +132,12 @@ bool RTPScheduler::serve(RTPStream& stream, LateStreams& late) {
     const std::uint64_t ptsOrDts = packet.ptsOrDts();
     const std::uint64_t due = ptsOrDts + sendDelay;
     if (static_cast<std::int64_t>(clock_->now90k() - due) < 0) return false;
-    stream.sendFirstPacket(static_cast<REFERENCE_TIME>(due) * 1000 / 9);
+    const std::size_t size = packet.serializedSize();
+    if (const auto room = stream.sendFirstPacket(static_cast<REFERENCE_TIME>(due) * 1000 / 9)) {
+        logger_.Log(0, "RTP Sender drops a packet of %u bytes on stream %u: the output's buffer has %d",
+                    static_cast<unsigned>(size), stream.id(), static_cast<int>(*room));
+        return true;
+    }
     if (stream.isMaster()) ++masterPacketCount_;
     noteLateness(stream, due, late);
     return true;

@@ -39,7 +39,7 @@ struct RTPSchedulerSettings {
 /// never told to run is as good as paused.
 class RTPScheduler : NonCopyable {
 public:
-    /// Throws CAtlException, std::bad_alloc.
+    /// Throws CAtlException, also when the system gives no worker thread, and std::bad_alloc.
     RTPScheduler(IReferenceClock* clock, RTPSchedulerSettings settings);
     /// Waits for the worker.
     virtual ~RTPScheduler();
@@ -111,7 +111,6 @@ private:
     RTPStreams streams_;
     RTPSchedulerSettings settings_;
     mutable CCritSec lock_;  ///< streams, description
-    mvn::Thread thread_;
     CEvent runEvent_{false, false};
     CEvent pauseEvent_{false, false};
     CEvent quitEvent_{false, false};
@@ -128,6 +127,7 @@ private:
     bool sdpReady_ = false;
     std::string sdpText_;
     std::mutex commanding_;  ///< run and pause
+    mvn::Thread thread_;     ///< last, so that the last error is its own when there is none
 };
 
 }  // namespace mvrtpfec

@@ -18,12 +18,18 @@ void check(HRESULT result) {
     if (FAILED(result)) throw mvn::COMException(result);
 }
 
+/// For an output that says yes and gives nothing.
+void require(const void* given) {
+    if (given == nullptr) throw mvn::COMException(E_POINTER);
+}
+
 /// An output's buffer, released however its sending ends.
 class OutputBuffer {
 public:
     explicit OutputBuffer(IOutputPin& output) : output_(output) {
         IMediaData* data = nullptr;
         check(output.GetDeliveryBuffer(&data, nullptr, nullptr, 0));
+        require(data);
         data_.Attach(data);
     }
 
@@ -32,6 +38,7 @@ public:
     BYTE* bytes() const {
         BYTE* pointer = nullptr;
         check(data_->GetPointer(&pointer));
+        require(pointer);
         return pointer;
     }
 
@@ -78,27 +85,38 @@ bool RTPStream::isReportDue(const RTPMediaPacket& first, std::uint64_t now90k) {
 void RTPStream::sendReport(const SendClock& clock) {
     OutputBuffer buffer(*reportOutput_);
     const std::size_t size = senderReportSize(cname_);
-    if (buffer.data().GetSize() < static_cast<LONG>(size)) throw mvn::COMException(E_FAIL);
+    if (buffer.data().GetSize() < static_cast<LONG>(size)) {
+        noteReport(clock);
+        throw mvn::COMException(E_FAIL);
+    }
     const std::uint32_t rtpTime = rtpTimeAt(clock.now90k(), clockRate_) + timestampOffset_;
     writeSenderReport({ssrc_, clock.wallTime(), rtpTime, packetCount_, octetCount_, cname_}, buffer.bytes());
     buffer.setLength(size);
     buffer.deliver();
+    noteReport(clock);
+}
+
+void RTPStream::noteReport(const SendClock& clock) {
     lastReportTime_ = clock.now90k();
     started_ = true;
 }
 
-void RTPStream::sendFirstPacket(REFERENCE_TIME time) {
+std::optional<LONG> RTPStream::sendFirstPacket(REFERENCE_TIME time) {
     RTPMediaPacket& packet = *queue_.front();
     OutputBuffer buffer(*mediaOutput_);
-    if (buffer.data().GetSize() < static_cast<LONG>(packet.serializedSize()))
-        throw mvn::COMException(VFW_E_BUFFER_OVERFLOW);
+    const LONG room = buffer.data().GetSize();
+    if (room < static_cast<LONG>(packet.serializedSize())) {
+        dropFirstPacket();
+        return room;
+    }
     const auto sizes = packet.serialize(buffer.bytes(), ssrc_);
     buffer.setLength(sizes.total);
     check(buffer.data().SetTime(&time, nullptr));
     buffer.deliver();
     ++packetCount_;
     octetCount_ += static_cast<std::uint32_t>(sizes.payload);
-    queue_.popFront();
+    dropFirstPacket();
+    return std::nullopt;
 }
 
 RTPStream::Window RTPStream::checkWindow(const RTPMediaPacket& packet, std::uint64_t now90k) {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "framework/base/com_ptr.h"
@@ -52,12 +53,14 @@ public:
 
     /// Whether a sender report should leave before the first packet, which tells a new stream its clock rate.
     bool isReportDue(const RTPMediaPacket& first, std::uint64_t now90k);
-    /// Sends it. Throws mvn::COMException when the output fails or its buffer is too small.
+    /// Sends it. Throws mvn::COMException when the output fails or its buffer is too small; for the latter
+    /// the next report is due in a second, as if this one had left.
     void sendReport(const SendClock& clock);
 
-    /// Sends the first packet with a start time (100 ns) and takes it off the queue. Throws
-    /// mvn::COMException when the output fails; the packet stays then.
-    void sendFirstPacket(REFERENCE_TIME time);
+    /// Sends the first packet with a start time (100 ns) and takes it off the queue. One that is larger than
+    /// the output's buffer is dropped, and the buffer's size returned. Throws mvn::COMException when the
+    /// output fails; the packet stays then.
+    std::optional<LONG> sendFirstPacket(REFERENCE_TIME time);
 
     /// What the check of a packet's time against the clock says.
     enum class Window { inside, outside, lost };
@@ -65,6 +68,8 @@ public:
     Window checkWindow(const RTPMediaPacket& packet, std::uint64_t now90k);
 
 private:
+    void noteReport(const SendClock& clock);
+
     StreamType streamType_;
     bool isVideo_;
     std::uint32_t id_;

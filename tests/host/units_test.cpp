@@ -81,9 +81,9 @@ TEST(SampleStreams, UnitsAreTheSameHoweverTheStreamIsCut) {
 }
 
 TEST(SampleStreams, RecordsBecomeTheUnitsTheyHold) {
-    const std::map<std::string, std::size_t> counts{{"scte35.bin", 5},      {"klv.bin", 3},
-                                                    {"captions.ttml", 3},   {"captions.vtt", 6},
-                                                    {"subtitle.dvbsub", 3}, {"teletext.bin", 4}};
+    const std::map<std::string, std::size_t> counts{
+        {"scte35.bin", 5},      {"klv.bin", 3},      {"captions.ttml", 3}, {"captions.vtt", 6},
+        {"subtitle.dvbsub", 3}, {"teletext.bin", 4}, {"aac_lc.aacraw", 20}};
     for (const auto& [name, count] : counts) {
         const auto units = unitsOfFile(streamPath(name), formatOfStream(name)->type).contents();
         EXPECT_EQ(units.size(), count) << name;
@@ -91,6 +91,7 @@ TEST(SampleStreams, RecordsBecomeTheUnitsTheyHold) {
         for (const Bytes& unit : units) joined.insert(joined.end(), unit.begin(), unit.end());
         EXPECT_EQ(joined, streamBytes(name)) << name;
     }
+    EXPECT_EQ(recordSize(StreamType::aacRaw, Bytes(40, 0xEE)).size, 25U) << "passed over";
 }
 
 TEST(SampleStreams, RecordIsToldTheSameFromHoweverLittleIsThere) {

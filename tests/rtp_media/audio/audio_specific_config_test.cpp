@@ -18,6 +18,7 @@ TEST(AudioSpecificConfig, ReadsWhatEncodersWrite) {
     EXPECT_EQ(lc.audioObjectType, 2U);
     EXPECT_EQ(lc.samplingFrequency.hz, 48000U);
     EXPECT_EQ(lc.channelConfiguration, 2U);
+    EXPECT_EQ(lc.frameSamples, 1024U);
     EXPECT_FALSE(lc.sbrPresent);
 
     const auto explicitSbr = parse({0x2B, 0x11, 0x88, 0x00});
@@ -64,6 +65,8 @@ TEST(AudioSpecificConfig, ReadsEscapesExplicitRatesAndResilienceFlags) {
     EXPECT_EQ(resilient.extensionSamplingFrequency.hz, 48001U);
 
     EXPECT_EQ(parse(packed({{2, 5}, {13, 4}, {1, 4}, {0, 3}})).samplingFrequency.hz, 0U) << "reserved";
+    EXPECT_EQ(parse(packed({{2, 5}, {3, 4}, {2, 4}, {4, 3}})).frameSamples, 960U);
+    EXPECT_EQ(parse(packed({{23, 5}, {3, 4}, {2, 4}, {4, 3}, {0, 2}})).frameSamples, 480U);
 }
 
 /// Three channel elements, an LFE, associated data, a matrix mixdown, a comment; aligned to the

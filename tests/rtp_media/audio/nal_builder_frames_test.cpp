@@ -14,7 +14,7 @@
 namespace mvrtpfec::test {
 namespace {
 
-/// Random bytes in which no frame of any format can begin; raw records are another matter.
+/// Random bytes in which no frame of any format can begin.
 Bytes randomBytes(std::mt19937& random, std::size_t size) {
     Bytes bytes(size);
     for (auto& byte : bytes) byte = static_cast<std::uint8_t>(0x60 + random() % 16);
@@ -67,13 +67,6 @@ std::vector<Format> formats() {
          make<NALBuilderAACLATMLOASAudio>,
          someLoasFrame,
          {{0x56}, {0x56, 0x56, 0x20}}},
-        {"raw",
-         StreamType::aacRaw,
-         make<NALBuilderAACRawAudio>,
-         [](auto& random) {
-             return rawRecord({0x11, 0x90}, 16, randomBytes(random, 1 + random() % 300));
-         },
-         {Bytes(40, 0xEE)}},
         {"AC-3",
          StreamType::ac3,
          make<NALBuilderAC3Audio>,
@@ -177,14 +170,41 @@ TEST(NALBuilderFrames, HoldsNoSampleItDoesNotNeedAndSurvivesAThrowingListener) {
     EXPECT_EQ(unitsOf(parser, joined({frame, frame}), [] { return 9U; }), (std::vector<Bytes>{frame, frame}));
 }
 
-/// A record of impossible length may hold good ones in what was taken for its long header.
-TEST(NALBuilderAACRawAudio, FindsRecordsInsideAFalseHeader) {
+TEST(NALBuilderAACRawAudio, LosesOfADamagedSampleWhatIsDamagedAndOfTheNextNothing) {
     const Bytes good = rawRecord({0x11, 0x90}, 16, {1, 2, 3});
-    Bytes liar = rawRecord({}, 4000, {});
-    const Bytes stream = joined({{liar.begin(), liar.begin() + 16}, good, good, Bytes(600, 0xEE), good});
-    NALBuilderAACRawAudio parser;
-    EXPECT_EQ(unitsOf(parser, stream, [] { return 700U; }), std::vector<Bytes>(3, good));
-    EXPECT_EQ(unitsOf(parser, stream, [] { return 1U; }), std::vector<Bytes>(3, good));
+    const auto withByte = [&](std::size_t at, std::uint8_t value) {
+        Bytes damaged = good;
+        damaged[at] = value;
+        return damaged;
+    };
+    const Bytes cut(good.begin(), good.end() - 1);
+    const Bytes thirteen = rawRecord({0x12, 0x10}, 13, {4});
+    const Bytes large = rawRecord(Bytes(2000, 1), 16000, Bytes(70000, 7));
+    const struct {
+        Bytes sample;
+        std::vector<Bytes> units;
+    } cases[] = {
+        {good, {good}},
+        {cut, {}},
+        {withByte(15, 0xFF), {}},  // the configuration's length
+        {withByte(21, 40), {}},    // the frame's: longer than the sample, and shorter
+        {withByte(21, 2), {}},
+        {joined({good, {0xEE}}), {}},
+        {joined({good, thirteen, good}), {good, thirteen, good}},
+        {joined({good, withByte(21, 2), good}), {good, good}},
+        {joined({good, withByte(21, 30), good}), {good, good}},
+        {joined({Bytes(40, 0xEE), good, good, cut}), {good, good}},
+        {large, {large}},
+    };
+    for (const auto& [sample, units] : cases) {
+        NALBuilderAACRawAudio parser;
+        std::vector<Bytes> expected = units;
+        expected.push_back(good);
+        std::size_t size = sample.size();
+        EXPECT_EQ(unitsOf(parser, joined({sample, good}), [&] { return std::exchange(size, good.size()); }),
+                  expected)
+            << "case " << &sample - &cases[0].sample;
+    }
 }
 
 TEST(NALBuilderAACRawAudio, TakesTheRecordsTimeWhereTheSampleHasNone) {
@@ -192,17 +212,19 @@ TEST(NALBuilderAACRawAudio, TakesTheRecordsTimeWhereTheSampleHasNone) {
     CollectedUnits collected;
     parser.setListener(&collected);
     const auto untimed =
-        sampleOf(joined({rawRecord({0x11, 0x90}, 16, {1}, -7), rawRecord({0x11, 0x90}, 16, {1})}));
+        sampleOf(joined({rawRecord({0x11, 0x90}, 16, {1}, -7), rawRecord({0x11, 0x90}, 16, {1}, 0)}));
     parser.input(untimed.p);
     const auto timed = sampleOf(rawRecord({0x11, 0x90}, 16, {1}, 77));
     REFERENCE_TIME start = 5;
     timed->SetTime(&start, nullptr);
     parser.input(timed.p);
-    ASSERT_EQ(collected.units.size(), 3U);
+    parser.input(sampleOf(rawRecord({0x11, 0x90}, 16, {1})).p);
+    ASSERT_EQ(collected.units.size(), 4U);
     EXPECT_EQ(collected.units[0]->timing.hasPts, 1);
     EXPECT_EQ(collected.units[0]->timing.pts, -7);
-    EXPECT_EQ(collected.units[1]->timing.hasPts, 0);
+    EXPECT_EQ(collected.units[1]->timing.hasPts, 0) << "zeros";
     EXPECT_EQ(collected.units[2]->timing.pts, 5);
+    EXPECT_EQ(collected.units[3]->timing.hasPts, 0) << "ones";
 }
 
 TEST(FrameSizes, GoByTheStandardsTables) {

@@ -4,6 +4,7 @@
 
 #include "rtp_media/audio/nal_aac_latm_loas.h"
 #include "rtp_media/audio/nal_ac3.h"
+#include "rtp_media/audio/nal_builder_aac_latm_loas_audio.h"
 #include "tests/rtp_media/audio/audio_frames.h"
 
 namespace mvrtpfec::test {
@@ -102,6 +103,32 @@ TEST_F(LatmPacketizer, SendsTheElementWithoutItsConfiguration) {
     EXPECT_EQ(out.packets[0]->chunks()[0]->streamType(), StreamType::aacLatm);
     EXPECT_EQ(packetizer.getMaxPacketRate(), 47U);
     EXPECT_EQ(out.endsOfStream, 1);
+}
+
+TEST(LatmParser, CountsOnWhereSamplesBearNoTime) {
+    NALBuilderAACLATMLOASAudio parser;
+    CollectedUnits collected;
+    parser.setListener(&collected);
+    const auto give = [&](const std::vector<Bytes>& frames, REFERENCE_TIME time = -1) {
+        const auto sample = sampleOf(joined(frames));
+        if (time >= 0) sample->SetTime(&time, nullptr);
+        parser.input(sample.p);
+    };
+    Bit_Set beyond;
+    appendFields(beyond, {{1, 1}, {200, 8}, {0, 23}});
+    const Bytes damaged = loasFrame(beyond);
+    const Bytes own = Element{}.loas();
+    const Bytes next = Element{}.loas(false);
+    give({next, own, next, damaged, next});
+    give({next, next}, 10'000'000);
+    give({next, Element{.subframes = {{1}, {2}}}.loas(), next});
+    parser.flush();
+    give({own});
+
+    std::vector<std::int64_t> times;
+    for (const auto& unit : collected.units) times.push_back(unit->timing.hasPts ? unit->timing.pts : -1);
+    EXPECT_EQ(times, (std::vector<std::int64_t>{-1, 0, 213'333, 426'667, 640'000, 10'000'000, 10'000'000,
+                                                10'426'667, 10'640'000, 11'066'667, 0}));
 }
 
 TEST_F(LatmPacketizer, SendsSubframesAndOtherDataOfEveryShape) {

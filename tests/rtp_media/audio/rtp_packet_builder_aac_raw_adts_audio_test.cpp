@@ -94,6 +94,10 @@ TEST(AacRawPacketizer, DescribesTheConfigurationInTheSdp) {
         {{0x13, 0x90, 0x56, 0xE5, 0xA0}, 40, "mpeg4-generic/44100/2", "139056e5a0", true},
         {packed({{2, 5}, {15, 4}, {37800, 24}, {1, 4}, {0, 3}}), 40, "mpeg4-generic/37800/1", "178049d408",
          false},
+        // What can't be read to its end, or isn't supported: its first fields tell all there is to know.
+        {{0x12, 0x10}, 13, "mpeg4-generic/44100/2", "1210", false},
+        {{0x13, 0x90, 0x56, 0xE5, 0xA0}, 33, "mpeg4-generic/22050/2", "139056e5a0", false},
+        {packed({{8, 5}, {8, 4}, {1, 4}, {0, 3}}), 16, "mpeg4-generic/16000/1", "4408", false},
     };
     for (const RawCase& c : cases) {
         CollectedPackets out;

@@ -52,15 +52,17 @@ TEST_F(H264Test, CutsUnitsBeyond1300BytesIntoFragments) {
 TEST_F(H264Test, SendsParameterSetsMessagesAndDelimitersInBandOnly) {
     for (const auto mode : {ParameterSetMode::sdp, ParameterSetMode::rewritten, ParameterSetMode::inBand}) {
         Packetizer sender(StreamType::h264, mode);
-        for (const auto& unit : {delimiter(), spsUnit(hrdSps()), ppsUnit(), seiUnit(true, std::pair{0U, 2U}),
-                                 sliceUnit(), sliceUnit(), Bytes{0, 0, 1, 0x0C, 0xFF, 0x80}})
+        const Bytes unreadablePps{0, 0, 0, 1, 0x68, 0x80};
+        for (const auto& unit :
+             {delimiter(), spsUnit(hrdSps()), ppsUnit(), unreadablePps, seiUnit(true, std::pair{0U, 2U}),
+              sliceUnit(), sliceUnit(), Bytes{0, 0, 1, 0x0C, 0xFF, 0x80}})
             sender.give(unit);
         EXPECT_TRUE(sender.sent.empty());
         sender.end();
         std::vector<int> types;
         for (const auto& packet : sender.sent) types.push_back(packet.payload[0] & 0x1F);
         const bool inBand = mode == ParameterSetMode::inBand;
-        EXPECT_EQ(types, inBand ? (std::vector<int>{9, 7, 8, 6, 1, 1, 12}) : (std::vector<int>{1, 1, 12}));
+        EXPECT_EQ(types, inBand ? (std::vector<int>{9, 7, 8, 8, 6, 1, 1, 12}) : (std::vector<int>{1, 1, 12}));
         for (std::size_t i = 0; i < types.size(); ++i) {
             EXPECT_EQ(sender.sent[i].marker, i + 1 == types.size());
             EXPECT_EQ(sender.sent[i].sequence, i);

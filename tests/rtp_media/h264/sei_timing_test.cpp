@@ -60,12 +60,13 @@ TEST_F(SeiTiming, MessagesInUnitsOfTheirOwnTellTheSame) {
     EXPECT_EQ(times(), (Times{{0, 0}, {2, 0}, {4, 2}, {6, 4}}));
 }
 
-TEST_F(SeiTiming, ADelayThatFallsWithoutReasonStartsAnew) {
+TEST_F(SeiTiming, ADelayThatFallsWithoutReasonStartsAnewWhereTheTimesAre) {
     picture(true, 0, 2);
     picture(false, 20, 2);
     picture(false, 4, 2);  // unknown until messages tell again: a frame after the one before
-    picture(true, 0, 2);
-    EXPECT_EQ(times(), (Times{{0, 0}, {20, 18}, {22, 22}, {0, 0}}));
+    picture(true, 8, 6);
+    picture(false, 2, 2);
+    EXPECT_EQ(times(), (Times{{0, 0}, {20, 18}, {22, 22}, {24, 18}, {22, 20}}));
 }
 
 TEST_F(SeiTiming, FillerHasTheTimesOfItsPicture) {

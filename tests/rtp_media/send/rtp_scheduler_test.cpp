@@ -102,17 +102,37 @@ TEST_F(SchedulerTest, AnOutputThatFailsIsLoggedAndTheNextRoundTriesAgain) {
     ASSERT_EQ(log.lines.size(), 1U);
     EXPECT_TRUE(log.lines[0].starts_with("0 Error: ") && log.lines[0].find("80004005") != std::string::npos)
         << log.lines[0];
+    roundAt(15);
+    EXPECT_EQ(log.lines.size(), 1U) << "a report that doesn't fit holds up nothing";
     video.reports.bufferSize = 44;
     video.media.result = VFW_E_NOT_COMMITTED;
     roundAt(2000);
-    EXPECT_EQ(log.lines.size(), 2U);
     video.media.result = S_OK;
+    video.media.bufferResult = S_FALSE;
+    roundAt(2005);
+    EXPECT_EQ(log.lines.size(), 3U) << "yes, and no buffer";
+    video.media.bufferResult = S_OK;
     roundAt(2010);
     EXPECT_EQ(video.media.take().size(), 1U);
     EXPECT_EQ(video.reports.take().size(), 1U);
     video.reports.result = E_FAIL;
     EXPECT_THROW(video.parser.flush(), mvn::COMException);
     EXPECT_EQ(video.media.ends, 1);
+}
+
+TEST_F(SchedulerTest, DropsAPacketLargerThanTheOutputsBuffer) {
+    add(1, StreamType::mpeg4Visual, video);
+    add(2, StreamType::aacAdts, audio);
+    video.media.bufferSize = 41;
+    for (const std::size_t size : {30U, 29U, 31U}) video.parser.picture(at(0), size);
+    audio.parser.frame(at(0));
+    roundAt(2000);
+    EXPECT_EQ(video.media.take().size(), 1U);
+    EXPECT_EQ(audio.media.take().size(), 1U);
+    EXPECT_EQ(scheduler.getMasterPacketCount(), 1U);
+    const std::string drops = "0 RTP Sender drops a packet of ";
+    const std::string where = " bytes on stream 1: the output's buffer has 41";
+    EXPECT_EQ(log.lines, (std::vector<std::string>{drops + "42" + where, drops + "43" + where}));
 }
 
 TEST_F(SchedulerTest, TheFirstVideoStreamIsTheMasterElseTheFirst) {

@@ -46,6 +46,16 @@ TEST_F(SchedulerThreads, CommandsAreAcknowledgedAndAPauseSendsNothing) {
     scheduler.run();  // a worker that has ended holds nobody up
 }
 
+TEST_F(SchedulerThreads, ADrainOfPacketsThatFitNoBufferReturns) {
+    Watchdog watchdog(20s);
+    RTPScheduler scheduler(&clock, SchedulerTest::settings());
+    add(scheduler);
+    lane.media.bufferSize = lane.reports.bufferSize = 20;
+    for (int i = 0; i < 3; ++i) feedDue();
+    scheduler.drain();
+    EXPECT_TRUE(lane.media.take().empty());
+}
+
 // Each command in each state that the ones before it leave, and the destructor behind all of them.
 TEST_F(SchedulerThreads, EveryOrderOfCommandsReturns) {
     struct Named {

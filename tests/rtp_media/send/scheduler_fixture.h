@@ -44,7 +44,7 @@ public:
     }
     HRESULT GetDeliveryBuffer(IMediaData** data, REFERENCE_TIME*, REFERENCE_TIME*, DWORD) override {
         while (isBlocked) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        if (const HRESULT failure = bufferResult; FAILED(failure)) return failure;
+        if (const HRESULT refusal = bufferResult; refusal != S_OK) return refusal;
         *data = SimpleMediaData::create(Bytes(bufferSize)).Detach();
         return S_OK;
     }
