@@ -69,6 +69,11 @@ bool closeDescriptor(int descriptor) noexcept {
     return _close(descriptor) == 0;
 }
 
+bool meansClosedPipe(int error) noexcept {
+    // Of a pipe that is being closed the runtime knows nothing better.
+    return error == EPIPE || error == EINVAL;
+}
+
 bool namesDevice(const fs::path& path) {
     std::wstring full(longestPath, L'\0');
     full.resize(GetFullPathNameW(path.c_str(), longestPath, full.data(), nullptr));
