@@ -10,7 +10,6 @@ namespace mvrtpfec {
 
 namespace {
 
-constexpr std::int32_t maxMatrixSize = 100;
 constexpr std::int32_t maxSide = 20;
 constexpr std::int32_t minSide = 4;
 

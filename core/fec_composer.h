@@ -13,6 +13,9 @@ namespace mvrtpfec {
 /// Which FEC packets a composer makes, as configuration interfaces pass it.
 enum FecMode : std::int32_t { fecNone = 0, fecRow = 1, fecColumn = 2, fecBoth = 3 };
 
+/// Columns x rows at most.
+inline constexpr std::int32_t maxMatrixSize = 100;
+
 /// Takes each finished FEC packet, on the thread that fed the media packet that finished it.
 using FecPacketSink = std::function<void(std::shared_ptr<RtpPacket>)>;
 

@@ -12,7 +12,9 @@ namespace mvrtpfec {
 void addFormatOption(CLI::App& command, const StreamFormat*& format) {
     const auto take = [&format](const std::string& name) {
         format = findStreamFormat(name);
-        if (format == nullptr) throw CLI::ValidationError("--format", "there is no format '" + name + "'");
+        if (format == nullptr)
+            throw noSuchWord("--format", name, "format",
+                             std::views::transform(streamFormats(), &StreamFormat::name));
     };
     command.add_option_function<std::string>("--format", take, "Format of IN, one of those below")
         ->required()

@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "host/net/endpoint.h"
 #include "host/usage_error.h"
 
 namespace mvrtpfec {
@@ -66,11 +67,7 @@ void addReceivingOptions(CLI::App& command, ReceivingOptions& options) {
 }
 
 void addSourceOption(CLI::App& command, ReceivingOptions& options) {
-    const auto take = [&options](const std::string& text) {
-        asio::error_code error;
-        options.source = asio::ip::make_address(text, error);
-        if (error) throw UsageError(text + ": is no address");
-    };
+    const auto take = [&options](const std::string& text) { options.source = resolveHost(text, text); };
     command.add_option_function<std::string>("--source", take, "Take a group's datagrams from ADDR alone")
         ->type_name("ADDR");
 }

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <ranges>
 #include <string>
 #include <utility>
 
 #include <CLI/CLI.hpp>
+#include <fmt/ranges.h>
 
 #include "host/commands/choice_option.h"
 #include "host/io/file_error.h"
@@ -22,13 +24,20 @@ namespace {
 /// FECB needs the port four above.
 constexpr int maxMediaPort = 65531;
 
-std::string presetNames() {
-    std::string names;
-    for (const MatrixPreset& preset : matrixPresets) {
-        if (!names.empty()) names += ", ";
-        names += preset.name;
-    }
-    return names;
+auto presetNames() {
+    return std::views::transform(matrixPresets, &MatrixPreset::name);
+}
+
+/// What the composer takes; the message of one that is longer says enough.
+constexpr std::int32_t longestSide = 20;
+
+/// Rows of a matrix that has only row FEC, where they mean nothing: so many go with any number of columns.
+constexpr std::int32_t anyRows = 4;
+
+void requireSide(const CLI::App& command, const std::string& side) {
+    if (command.count(side) == 0 && command.count("--preset") == 0)
+        throw UsageError(fmt::format("{} is required, or --preset ({}) for the whole matrix", side,
+                                     fmt::join(presetNames(), ", ")));
 }
 
 }  // namespace
@@ -47,19 +56,21 @@ void addMatrixOptions(CLI::App& command, MatrixConfig& matrix) {
         command
             .add_option("--columns", matrix.columns, "L, columns of the matrix: 1 to 20, with both 4 to 20")
             ->type_name("L"),
-        command.add_option("--rows", matrix.rows, "D, rows of the matrix: 4 to 20; L x D at most 100")
+        command
+            .add_option("--rows", matrix.rows,
+                        "D, rows of the matrix: 4 to 20; L x D at most 100; not needed with row")
             ->type_name("D")};
-    const auto take = [&matrix, sides](const std::string& name) {
+    const auto take = [&matrix](const std::string& name) {
         const auto preset = std::ranges::find(matrixPresets, name, &MatrixPreset::name);
-        if (preset == matrixPresets.end())
-            throw CLI::ValidationError("--preset", "there is no choice '" + name + "'");
+        if (preset == matrixPresets.end()) throw noSuchWord("--preset", name, "choice", presetNames());
         matrix = preset->matrix;
-        for (CLI::Option* const side : sides) side->required(false);
     };
     CLI::Option* const preset =
-        command.add_option_function<std::string>("--preset", take, "All three by a name: " + presetNames())
+        command
+            .add_option_function<std::string>(
+                "--preset", take, fmt::format("All three by a name: {}", fmt::join(presetNames(), ", ")))
             ->type_name("NAME");
-    for (CLI::Option* const side : sides) side->required()->excludes(preset);
+    for (CLI::Option* const side : sides) side->excludes(preset);
 }
 
 void addPortOption(CLI::App& command, std::uint16_t& port) {
@@ -112,11 +123,22 @@ void addModuleOption(CLI::App& command, std::filesystem::path& path) {
         ->type_name("FILE");
 }
 
-void checkMatrix(const MatrixConfig& matrix) {
+void requireMatrix(const CLI::App& command, MatrixConfig& matrix) {
+    requireSide(command, "--mode");
+    requireSide(command, "--columns");
+    if (matrix.mode != fecRow)
+        requireSide(command, "--rows");
+    else if (command.count("--rows") == 0)
+        matrix.rows = anyRows;
     try {
         CFecComposer::checkMatrix(matrix.mode, matrix.columns, matrix.rows);
     } catch (const std::exception& error) {
-        throw UsageError(error.what());
+        std::string message = error.what();
+        const auto size = std::int64_t{matrix.columns} * matrix.rows;
+        if (size > maxMatrixSize && std::max(matrix.columns, matrix.rows) <= longestSide)
+            message += fmt::format(" ({} x {} is {}, at most {} are allowed)", matrix.columns, matrix.rows,
+                                   size, maxMatrixSize);
+        throw UsageError(message);
     }
 }
 

@@ -34,7 +34,7 @@ struct GuardOptions {
 /// A file's name, given by option or, without dashes, by place.
 CLI::Option* addPath(CLI::App& command, const std::string& name, std::filesystem::path& path,
                      const std::string& help);
-/// --mode, --columns and --rows, or --preset for all of them.
+/// --mode, --columns and --rows, or --preset for all of them; requireMatrix() when they have been parsed.
 void addMatrixOptions(CLI::App& command, MatrixConfig& matrix);
 void addPortOption(CLI::App& command, std::uint16_t& port);
 /// --guard and --guard-window.
@@ -46,8 +46,8 @@ void addFecIntakeOption(CLI::App& command, std::optional<FecFormat>& format);
 void addJsonOption(CLI::App& command, std::filesystem::path& path);
 void addModuleOption(CLI::App& command, std::filesystem::path& path);
 
-/// Throws UsageError with the composer's own message.
-void checkMatrix(const MatrixConfig& matrix);
+/// Throws UsageError when the options don't make a whole matrix, or not one that the composer takes.
+void requireMatrix(const CLI::App& command, MatrixConfig& matrix);
 /// Throws FileError when a source has had no usable media.
 void requireMedia(std::uint64_t packets, const PacketSource& source, const std::filesystem::path& path,
                   std::uint16_t port);

@@ -1,7 +1,7 @@
 #include "host/commands/program.h"
 
-#include <cstdio>
 #include <exception>
+#include <sstream>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -9,6 +9,7 @@
 
 #include "host/commands/commands.h"
 #include "host/io/standard_error.h"
+#include "host/io/standard_output.h"
 #include "host/usage_error.h"
 #include "platform/process/signals.h"
 #include "platform/process/terminal.h"
@@ -26,21 +27,40 @@ int complain(const char* what, ExitStatus status) {
 
 /// Help and version asked for end well; every other parse error is wrong usage.
 int answer(const CLI::App& app, const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) return app.exit(error);
+    if (error.get_exit_code() == 0) {
+        std::ostringstream text;
+        app.exit(error, text, text);
+        print(text.str());
+        flushPrinted();
+        return done;
+    }
     return complain(fmt::format("{} (--help tells more)", error.what()).c_str(), wrongUsage);
 }
 
 void requireKnownCommand(const CLI::App& app, const std::vector<std::string>& arguments) {
-    const std::string word = arguments.size() > 1 ? arguments[1] : "--help-needed";
+    if (arguments.size() < 2) throw UsageError("a command is required (--help tells more)");
+    const std::string& word = arguments[1];
     const auto bearsIt = [&](const CLI::App* command) { return command->get_name() == word; };
-    if (word.starts_with("-") || !app.get_subcommands(bearsIt).empty()) return;
-    throw UsageError("there is no command '" + word + "' (--help tells more)");
+    const bool isOption = word.starts_with("-");
+    if (isOption ? app.get_option_no_throw(word) != nullptr : !app.get_subcommands(bearsIt).empty()) return;
+    throw UsageError(
+        fmt::format("there is no {} '{}' (--help tells more)", isOption ? "option" : "command", word));
 }
 
 /// As CLI11 takes them: from the back.
 std::vector<std::string> withoutName(const std::vector<std::string>& arguments) {
     if (arguments.empty()) return {};
     return {arguments.rbegin(), arguments.rend() - 1};
+}
+
+int parse(CLI::App& app, const std::vector<std::string>& arguments) {
+    try {
+        app.parse(withoutName(arguments));
+        flushPrinted();
+        return done;
+    } catch (const CLI::ParseError& error) {
+        return answer(app, error);
+    }
 }
 
 }  // namespace
@@ -70,10 +90,7 @@ int runProgram(const std::vector<std::string>& arguments) {
 
     try {
         requireKnownCommand(app, arguments);
-        app.parse(withoutName(arguments));
-        return done;
-    } catch (const CLI::ParseError& error) {
-        return answer(app, error);
+        return parse(app, arguments);
     } catch (const UsageError& error) {
         return complain(error.what(), wrongUsage);
     } catch (const LossError& error) {

@@ -14,14 +14,15 @@ namespace {
 
 constexpr auto patience = std::chrono::seconds(1);
 constexpr auto interval = std::chrono::milliseconds(100);
-constexpr int width = 40;
+/// With its frame and the number within forty columns.
+constexpr int width = 30;
 
 }  // namespace
 
 ProgressBar::ProgressBar() : terminal_(platform::isErrorTerminal()), next_(Clock::now() + patience) {}
 
 ProgressBar::~ProgressBar() {
-    if (shown_) tellPerson("\r\033[K");
+    if (shown_) clearStatus();
 }
 
 void ProgressBar::look(double share) {
@@ -30,9 +31,8 @@ void ProgressBar::look(double share) {
     next_ = now + interval;
     shown_ = true;
     const int filled = static_cast<int>(std::clamp(share, 0.0, 1.0) * width);
-    tellPerson(fmt::format("\r[{}{}] {:3.0f} %", std::string(static_cast<std::size_t>(filled), '#'),
-                           std::string(static_cast<std::size_t>(width - filled), '.'), share * 100),
-               std::chrono::milliseconds(0));
+    showStatus(fmt::format("[{}{}] {:3.0f} %", std::string(static_cast<std::size_t>(filled), '#'),
+                           std::string(static_cast<std::size_t>(width - filled), '.'), share * 100));
 }
 
 }  // namespace mvrtpfec

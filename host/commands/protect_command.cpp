@@ -71,7 +71,6 @@ ProtectFigures protectStream(PacketSource& source, PacketSink& sink, const Prote
 }
 
 void runProtect(const ProtectOptions& options, mvn::log::ILogger& log) {
-    checkMatrix(options.matrix);
     formatOf(options.in);
     if (formatOf(options.out) == FileFormat::transportStream)
         throw UsageError(platform::utf8From(options.out) +
@@ -113,7 +112,8 @@ void addProtectCommand(CLI::App& app) {
         "Examples:\n"
         "  mvrtpfec protect movie.ts movie.pcap --mode both --columns 10 --rows 10\n"
         "  mvrtpfec protect feed.pcapng feed-fec.pcapng --mode column --columns 5 --rows 10 --port 6000");
-    command->callback([options] {
+    command->callback([command, options] {
+        requireMatrix(*command, options->matrix);
         runLogged(options->log, "protection of " + platform::utf8From(options->in),
                   {{options->in, options->module}, {options->out}},
                   [&](auto& log) { runProtect(*options, log); });

@@ -24,6 +24,7 @@
 #include "host/live/stream_readers.h"
 #include "host/log/program_log.h"
 #include "host/net/endpoint.h"
+#include "host/net/own_address.h"
 #include "host/stages/repair_chain.h"
 #include "host/usage_error.h"
 #include "platform/files/utf8_path.h"
@@ -95,6 +96,8 @@ public:
         report_.end(totals(), latency);
     }
 
+    bool hasWholeReport() const { return report_.isWhole(); }
+
     ReceptionTotals totals() {
         return {.reception = meter_.figures(),
                 .repair = chain_.figures(),
@@ -152,10 +155,13 @@ bool runReceive(const ReceiveOptions& options, mvn::log::ILogPerf& log) {
     platform::ignoreHangUp();
     if (options.output == "-" && options.json == "-")
         throw UsageError("standard output can't be for the stream and for JSON");
+    if (const auto target = parseNetworkName(options.output))
+        requireElsewhere({&*target, 1}, parseStream(options.from));
     const auto receiving = std::make_unique<Receiving>(options, log);
     receiving->run();
     const ReceptionTotals totals = receiving->totals();
     logFigures(log, totals.repair);
+    if (!receiving->hasWholeReport()) throw std::runtime_error("not all JSON lines could be written");
     return totals.lostForGood == 0;
 }
 

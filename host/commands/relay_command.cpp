@@ -17,6 +17,7 @@
 #include "host/live/stream_readers.h"
 #include "host/live/stream_writers.h"
 #include "host/log/program_log.h"
+#include "host/net/own_address.h"
 #include "platform/process/signals.h"
 
 namespace mvrtpfec {
@@ -99,6 +100,7 @@ private:
 void runRelay(const RelayOptions& options, mvn::log::ILogger& log) {
     platform::ignoreHangUp();
     requireChannel(options.channel);
+    requireElsewhere(parseStream(options.to), parseStream(options.from));
     Relay relay(options);
     relay.run();
     tellPerson(relay.text() + "\n");

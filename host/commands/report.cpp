@@ -1,13 +1,12 @@
 #include "host/commands/report.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 
 #include <fmt/format.h>
 
-#include "host/io/file_error.h"
 #include "host/io/output_file.h"
+#include "host/io/standard_error.h"
+#include "host/io/standard_output.h"
 
 namespace mvrtpfec {
 
@@ -15,7 +14,8 @@ namespace {
 
 void writeJson(const nlohmann::ordered_json& json, const std::filesystem::path& path) {
     const std::string text = json.dump(2) + "\n";
-    OutputFile file(path == "-" ? "/dev/stdout" : path);
+    if (path == "-") return print(text);
+    OutputFile file(path);
     file.write({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
     file.finish();
 }
@@ -74,13 +74,13 @@ void addSourceRows(Table& table, const PacketSource& source) {
 
 void publish(const std::string& title, const Table& table, const std::string& verdict,
              const nlohmann::ordered_json& json, const std::filesystem::path& path) {
-    std::FILE* out = path == "-" ? stderr : stdout;
-    fmt::print(out, "{}\n", title);
+    std::string text = title + "\n";
     std::size_t width = 16;
     for (const auto& row : table) width = std::max(width, row.first.size());
-    for (const auto& [name, value] : table) fmt::print(out, "  {:<{}} {:>10}\n", name, width, value);
-    if (!verdict.empty()) fmt::print(out, "{}\n", verdict);
-    if (std::fflush(out) != 0) throw FileError("standard output", "could not be written", errno);
+    for (const auto& [name, value] : table) text += fmt::format("  {:<{}} {:>10}\n", name, width, value);
+    if (!verdict.empty()) text += verdict + "\n";
+    path == "-" ? tellPerson(text) : print(text);
+    flushPrinted();
     if (!path.empty()) writeJson(json, path);
 }
 

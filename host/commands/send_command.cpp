@@ -15,6 +15,8 @@
 #include "host/live/pacer.h"
 #include "host/live/stream_writers.h"
 #include "host/log/program_log.h"
+#include "host/net/endpoint.h"
+#include "host/net/own_address.h"
 #include "host/plan/matrix_plan.h"
 #include "host/stages/protection.h"
 #include "platform/files/utf8_path.h"
@@ -118,7 +120,8 @@ std::string protectionText(const MatrixConfig& matrix, std::optional<std::uint64
 
 void runSend(const SendOptions& options, mvn::log::ILogger& log) {
     platform::ignoreHangUp();
-    checkMatrix(options.matrix);
+    if (const auto source = parseNetworkName(options.input))
+        requireElsewhere(parseStream(options.to), {&*source, 1});
     Sending sending(options);
     tellPerson(protectionText(options.matrix, options.media.bitRate) + "\n");
     sending.run();
@@ -152,7 +155,8 @@ void addSendCommand(CLI::App& app) {
         "Examples:\n"
         "  mvrtpfec send movie.ts --to 239.1.2.3:5004 --mode both --columns 10 --rows 10 --loop\n"
         "  mvrtpfec send rtp://0.0.0.0:6000 --to 192.0.2.7:5004 --mode column --columns 5 --rows 10");
-    command->callback([options] {
+    command->callback([command, options] {
+        requireMatrix(*command, options->matrix);
         if (options->media.receiving.interfaceName.empty())
             options->media.receiving.interfaceName = options->sending.interfaceName;
         beginAnywhere(options->media);

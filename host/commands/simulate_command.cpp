@@ -119,7 +119,6 @@ void report(const SimulateOptions& options, const SimulateFigures& figures) {
 }
 
 void runSimulate(const SimulateOptions& options, mvn::log::ILogPerf& log) {
-    checkMatrix(options.matrix);
     requireChannel(options.channel);
     formatOf(options.in);
     const auto source = openSource(options.in, options.port);
@@ -154,6 +153,7 @@ void addSimulateCommand(CLI::App& app) {
         "  mvrtpfec simulate --mode both --columns 10 --rows 10 --loss 0.03\n"
         "  mvrtpfec simulate movie.ts --mode row --columns 8 --rows 4 --burst 5 --seed 7 --output out.ts");
     command->callback([command, options] {
+        requireMatrix(*command, options->matrix);
         if (command->count("IN") == 0) options->in = findSample();
         if (command->count("--fec-loss") == 0) options->channel.fecLoss = options->channel.loss;
         runLogged(options->log, "simulation of " + platform::utf8From(options->in),

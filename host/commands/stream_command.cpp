@@ -13,6 +13,7 @@
 #include "host/commands/media_options.h"
 #include "host/commands/options.h"
 #include "host/commands/stream_names.h"
+#include "host/io/standard_error.h"
 #include "host/log/program_log.h"
 #include "host/media/session_file.h"
 #include "host/stream/steady_clock.h"
@@ -60,7 +61,7 @@ public:
         va_start(arguments, format);
         mvn::log::formatMessage(message, format, arguments);
         va_end(arguments);
-        if (level == 0) fmt::print(stderr, "mvrtpfec: {}\n", message.data());
+        if (level == 0) tellPerson(fmt::format("mvrtpfec: {}\n", message.data()));
         next_.Log(level, "%s", message.data());
     }
     void AddPoliticChoices(std::int32_t amount) override {
@@ -208,13 +209,14 @@ void runStream(const StreamOptions& options, mvn::log::ILogPerf& log) {
     std::uint64_t packets = 0;
     std::uint64_t refused = 0;
     for (const auto& lane : lanes) {
-        fmt::print(stderr, "{}: {} packets, {} bytes, {} reports\n", platform::utf8From(lane->input.path()),
-                   lane->media.packets(), lane->media.bytes(), lane->reports.packets());
+        tellPerson(fmt::format("{}: {} packets, {} bytes, {} reports\n",
+                               platform::utf8From(lane->input.path()), lane->media.packets(),
+                               lane->media.bytes(), lane->reports.packets()));
         packets += lane->media.packets();
         refused += lane->media.refused();
     }
-    if (refused > 0) fmt::print(stderr, "datagrams that the system did not send: {}\n", refused);
-    fmt::print(stderr, "late packets: {}\n", late);
+    if (refused > 0) tellPerson(fmt::format("datagrams that the system did not send: {}\n", refused));
+    tellPerson(fmt::format("late packets: {}\n", late));
     if (packets == 0 && !platform::wasInterrupted())
         throw std::runtime_error("no packet came out of any file");
     if (!isDescribed && !platform::wasInterrupted())

@@ -1,4 +1,3 @@
-#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -13,6 +12,7 @@
 #include "host/commands/unit_report.h"
 #include "host/io/file_error.h"
 #include "host/io/run_files.h"
+#include "host/io/standard_output.h"
 #include "host/media/unit_clock.h"
 #include "platform/files/utf8_path.h"
 
@@ -28,11 +28,14 @@ struct UnitsOptions {
     bool summary = false;
 };
 
+/// The work has lost its purpose.
+struct NobodyReads {};
+
 /// A line a unit, where it goes by.
 class UnitTable {
 public:
-    explicit UnitTable(std::FILE* out) : out_(out) {
-        fmt::print(out_, "{:>8} {:>14} {:>9}  {}\n", "index", "time", "size", "type");
+    explicit UnitTable(const UnitsOptions& options) : options_(options) {
+        tell(fmt::format("{:>8} {:>14} {:>9}  {}\n", "index", "time", "size", "type"));
     }
 
     void add(const NAL& unit, const std::string& kind) {
@@ -41,18 +44,26 @@ public:
             timing.hasPts != 0
                 ? fmt::format("{:.6f}", static_cast<double>(timing.pts) / static_cast<double>(unitsOfTime))
                 : "-";
-        fmt::print(out_, "{:>8} {:>14} {:>9}  {}\n", index_++, time, unit.size(), kind);
+        tell(fmt::format("{:>8} {:>14} {:>9}  {}\n", index_++, time, unit.size(), kind));
     }
 
 private:
-    std::FILE* out_;
+    void tell(const std::string& line) {
+        if (options_.json == "-")
+            std::fputs(line.c_str(), stderr);
+        else
+            print(line);
+        if (isReaderGone() && options_.json.empty()) throw NobodyReads();
+    }
+
+    const UnitsOptions& options_;
     std::uint64_t index_ = 0;
 };
 
 void runUnits(const UnitsOptions& options) {
     const auto samples = openSamples(options.in, options.format->type);
     std::optional<UnitTable> table;
-    if (!options.summary) table.emplace(options.json == "-" ? stderr : stdout);
+    if (!options.summary) table.emplace(options);
     UnitCounter counter(nullptr, [&](const NAL& unit, const std::string& kind) {
         if (table) table->add(unit, kind);
     });
@@ -71,7 +82,6 @@ void runUnits(const UnitsOptions& options) {
     if (figures.first) rows.emplace_back("first to last", secondsText(figures.span()));
     publish(fmt::format("{}, {}", platform::utf8From(options.in), options.format->name), rows, "",
             toJson(figures, refused), options.json);
-    if (std::ferror(stdout) != 0) throw FileError("standard output", "could not be written", EIO);
 }
 
 }  // namespace
@@ -90,7 +100,11 @@ void addUnitsCommand(CLI::App& app) {
                     "  mvrtpfec units movie.265 --format hevc --frame-rate 50 --summary --json -");
     command->callback([options] {
         requireDistinct({{options->in}, {options->json}});
-        runUnits(*options);
+        try {
+            runUnits(*options);
+        } catch (const NobodyReads&) {
+            return;
+        }
     });
 }
 

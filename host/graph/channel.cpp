@@ -11,7 +11,7 @@ namespace {
 
 void checkShare(double value, const char* name) {
     if (!(value >= 0 && value <= 1))
-        throw std::invalid_argument(std::string(name) + " must be between 0 and 1");
+        throw std::invalid_argument(std::string(name) + " must be between 0 and 1, or 0% and 100%");
 }
 
 void checkReachable(double loss, double burst) {

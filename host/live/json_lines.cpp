@@ -34,6 +34,7 @@ bool JsonLines::write(std::string_view line, std::chrono::milliseconds patience)
         if (written >= 0) {
             rest = rest.subspan(static_cast<std::size_t>(written));
         } else if (errno != EINTR) {
+            failed_ = !platform::meansClosedPipe(errno);
             tellPerson(
                 fmt::format("mvrtpfec: no more JSON lines: {}\n", std::generic_category().message(errno)),
                 patience);

@@ -21,14 +21,11 @@ void requireUse(const MediaInputOptions& options, bool isNetwork, bool isFile) {
 
 std::unique_ptr<MediaInput> openMediaInput(const std::string& text, const MediaInputOptions& options) {
     using Carriage = UdpMediaInput::Carriage;
-    constexpr std::string_view udp = "udp://";
-    constexpr std::string_view rtp = "rtp://";
-    static_assert(udp.size() == rtp.size());
-    const bool isNetwork = text.starts_with(udp) || text.starts_with(rtp);
-    requireUse(options, isNetwork, !isNetwork && text != "-");
-    if (!isNetwork) return std::make_unique<FileMediaInput>(platform::pathFromUtf8(text), options);
-    return std::make_unique<UdpMediaInput>(parseEndpoint(text.substr(udp.size())),
-                                           text.starts_with(udp) ? Carriage::bare : Carriage::rtp, options);
+    const auto source = parseNetworkName(text);
+    requireUse(options, source.has_value(), !source && text != "-");
+    if (!source) return std::make_unique<FileMediaInput>(platform::pathFromUtf8(text), options);
+    return std::make_unique<UdpMediaInput>(*source, text.starts_with("udp") ? Carriage::bare : Carriage::rtp,
+                                           options);
 }
 
 }  // namespace mvrtpfec

@@ -95,19 +95,23 @@ private:
     bool isBare_;
 };
 
+bool isTransportStream(const std::filesystem::path& path) {
+    try {
+        return formatOf(path) == FileFormat::transportStream;
+    } catch (const UsageError&) {
+        return false;
+    }
+}
+
 }  // namespace
 
 std::unique_ptr<MediaOutput> openMediaOutput(const std::string& text, const SendingOptions& options) {
-    constexpr std::string_view udp = "udp://";
-    constexpr std::string_view rtp = "rtp://";
     if (text == "null") return std::make_unique<NoOutput>();
     if (text == "-") return std::make_unique<PipeMediaOutput>("/dev/stdout");
-    if (text.starts_with(udp))
-        return std::make_unique<UdpMediaOutput>(parseEndpoint(text.substr(udp.size())), options, true);
-    if (text.starts_with(rtp))
-        return std::make_unique<UdpMediaOutput>(parseEndpoint(text.substr(rtp.size())), options, false);
+    if (const auto target = parseNetworkName(text))
+        return std::make_unique<UdpMediaOutput>(*target, options, text.starts_with("udp"));
     const auto path = platform::pathFromUtf8(text);
-    if (formatOf(path) != FileFormat::transportStream)
+    if (!isTransportStream(path))
         throw UsageError(text + ": is no .ts file, udp:// or rtp:// address, - or null");
     return std::make_unique<FileMediaOutput>(path);
 }

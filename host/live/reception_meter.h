@@ -20,8 +20,8 @@ struct ReceptionFigures {
     std::uint64_t foreign = 0;           ///< neither media nor FEC
     std::uint64_t longestGap = 0;        ///< packets missing in a row
     std::uint64_t restarts = 0;          ///< of the source: another SSRC, or numbers from elsewhere
-    std::uint8_t columns = 0;            ///< L, 0 until a column FEC packet has told it
-    std::uint8_t rows = 0;               ///< D
+    std::uint8_t columns = 0;            ///< L, 0 until an FEC packet has told it
+    std::uint8_t rows = 0;               ///< D, 0 until a column FEC packet has told it, and of rows alone
     std::chrono::nanoseconds jitter{0};  ///< interarrival jitter (RFC 3550, section 6.4.1)
 };
 

@@ -29,7 +29,7 @@ ReceptionReport::ReceptionReport(const std::filesystem::path& json)
     : json_(json), isTerminal_(platform::isErrorTerminal()) {}
 
 ReceptionReport::~ReceptionReport() {
-    if (isTerminal_) tellPerson("\n", 0ms);
+    endStatus();
 }
 
 void ReceptionReport::interval(const ReceptionTotals& totals, std::chrono::nanoseconds latency) {
@@ -61,8 +61,10 @@ void ReceptionReport::tellPersonOf(const Look& now, std::chrono::nanoseconds lat
         bits / secondsBetween(told_.time, now.time) / 1e6, matrixText(reception), milliseconds(latency),
         reception.media, receiver.lost, receiver.rebuilt, now.totals.lostForGood, reception.fecMissing,
         now.totals.longestBurst(), milliseconds(reception.jitter));
-    // Rewritten in place, and cut by a terminal that is too narrow: a second line couldn't be rewritten.
-    tellPerson(isTerminal_ ? "\r\033[K\033[?7l" + text + "\033[?7h" : text + "\n", patience);
+    if (isTerminal_)
+        showStatus(text, patience);
+    else
+        tellPerson(text + "\n", patience);
 }
 
 std::string ReceptionReport::jsonOf(const Look& now) const {

@@ -25,6 +25,10 @@ public:
     /// The last one, for which a reader is waited for.
     void end(const ReceptionTotals& totals, std::chrono::nanoseconds latency);
 
+    /// False when JSON lines couldn't be written, which has been told then; a reader who has gone is no
+    /// reason.
+    bool isWhole() const { return !json_.hasFailed(); }
+
 private:
     struct Look {
         ReceptionTotals totals;

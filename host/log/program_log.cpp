@@ -33,6 +33,20 @@ void complain(const std::string& text) {
     tellPerson("mvrtpfec: " + text + "\n");
 }
 
+/// Lines on standard error, each below the status line.
+class StandardErrorSink final : public LogSink {
+public:
+    explicit StandardErrorSink(std::int32_t maximumLevel) : LogSink(maximumLevel), console_(maximumLevel) {}
+
+private:
+    void write(const LogRecord& record) override {
+        const auto claim = claimStandardError();
+        console_.log(record);
+    }
+
+    ConsoleSink console_;
+};
+
 /// A socket that knows where its datagrams go.
 asio::ip::udp::socket connectedSocket(asio::io_context& context, const std::string& target) {
     const auto endpoint = parseEndpoint(target);
@@ -64,7 +78,7 @@ struct ProgramLog::Parts {
             all.push_back(std::make_unique<NetworkSink>(
                 static_cast<platform::SocketHandle>(socket->native_handle()), "mvrtpfec", options.level));
         } else if (options.log == "-") {
-            all.push_back(std::make_unique<ConsoleSink>(options.level));
+            all.push_back(std::make_unique<StandardErrorSink>(options.level));
         } else if (!options.log.empty()) {
             all.push_back(std::make_unique<FileSink>(platform::pathFromUtf8(options.log), options.level,
                                                      FileSink::Opening::continued, complain));

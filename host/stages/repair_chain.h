@@ -21,9 +21,9 @@ struct RepairFigures {
     std::optional<GuardFigures> guard;
 };
 
-/// A finite stream through the receiver of a graph, with or without the packet guard in front. At its end
-/// the last window is pushed out with padding media packets, which neither the output nor the figures see.
-/// The host's thread, but for the output.
+/// A stream, of a file or live, through the receiver of a graph, with or without the packet guard in front.
+/// At its end the last window is pushed out with padding media packets, which neither the output nor the
+/// figures see. The host's thread, but for the output.
 class RepairChain {
 public:
     /// Runs on the receiver's thread, and not any more when finish() has returned.

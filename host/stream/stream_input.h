@@ -40,13 +40,14 @@ public:
     /// ended. Throws FileError.
     bool feedUntil(std::int64_t time);
 
-    /// How far the units given out reach, 100 ns from the first one of this round.
+    /// How far the units given out reach, 100 ns from the first one of this round, without the gaps of the
+    /// stream's own count.
     std::int64_t reached() const { return latest_; }
     const StreamFormat& format() const { return *options_.format; }
     const std::filesystem::path& path() const { return options_.path; }
 
 private:
-    /// The end of the chain, a parser only in name.
+    /// Where timed units leave: what units() gives for a parser, and the last listener of the chain.
     class Exit final : public NALBuilder, public NALListener {
     public:
         void input(IMediaData*) override {}

@@ -51,6 +51,10 @@ bool closeDescriptor(int descriptor) noexcept {
     return close(descriptor) == 0;
 }
 
+bool meansClosedPipe(int error) noexcept {
+    return error == EPIPE;
+}
+
 bool namesDevice(const fs::path& /*path*/) {
     return false;
 }

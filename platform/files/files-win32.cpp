@@ -84,6 +84,11 @@ bool closeDescriptor(int descriptor) noexcept {
     return _close(descriptor) == 0;
 }
 
+bool meansClosedPipe(int error) noexcept {
+    // Of a pipe that is being closed the runtime knows nothing better.
+    return error == EPIPE || error == EINVAL;
+}
+
 bool namesDevice(const fs::path& path) {
     return fullName(path).starts_with(LR"(\\.\)");
 }

@@ -32,6 +32,8 @@ int duplicateDescriptor(int descriptor) noexcept;
 /// How many of the bytes were taken.
 std::ptrdiff_t writeSome(int descriptor, std::span<const std::uint8_t> bytes) noexcept;
 bool closeDescriptor(int descriptor) noexcept;
+/// Whether a write failed with this reason because the pipe's reader has gone.
+bool meansClosedPipe(int error) noexcept;
 /// Waits until a pipe has room for 4096 bytes, as other files always have. False when it hasn't in that time,
 /// or when a signal came.
 bool waitUntilWritable(int descriptor, std::chrono::milliseconds most) noexcept;

@@ -20,4 +20,10 @@ void setTextAttribute(std::uint16_t attribute) noexcept {
     std::fflush(stdout);
 }
 
+void resetTextAttribute() noexcept {
+    if (isatty(STDOUT_FILENO) != 1) return;
+    std::fputs("\033[0m", stdout);
+    std::fflush(stdout);
+}
+
 }  // namespace platform

@@ -1,3 +1,6 @@
+#include <optional>
+#include <utility>
+
 #include <fcntl.h>
 #include <io.h>
 
@@ -5,6 +8,12 @@
 #include "platform/types.h"
 
 namespace platform {
+
+namespace {
+
+std::optional<WORD> before;  ///< the colour, while another is set
+
+}  // namespace
 
 void useBinaryStandardStreams() noexcept {
     for (int descriptor = 0; descriptor <= 2; ++descriptor) _setmode(descriptor, _O_BINARY);
@@ -18,7 +27,14 @@ bool isErrorTerminal() noexcept {
 }
 
 void setTextAttribute(std::uint16_t attribute) noexcept {
-    SetConsoleTextAttribute(GetStdHandle(STD_OUTPUT_HANDLE), attribute);
+    const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    if (!before && GetConsoleScreenBufferInfo(output, &info)) before = info.wAttributes;
+    SetConsoleTextAttribute(output, attribute);
+}
+
+void resetTextAttribute() noexcept {
+    if (before) SetConsoleTextAttribute(GetStdHandle(STD_OUTPUT_HANDLE), *std::exchange(before, {}));
 }
 
 }  // namespace platform

@@ -15,4 +15,7 @@ bool isErrorTerminal() noexcept;
 /// bright yellow, 10 bright green, 7 grey. Nothing where it is no terminal.
 void setTextAttribute(std::uint16_t attribute) noexcept;
 
+/// The colour that it had before.
+void resetTextAttribute() noexcept;
+
 }  // namespace platform

@@ -22,7 +22,10 @@
 #include "host/live/pacer.h"
 #include "host/live/reception_log.h"
 #include "host/live/reception_meter.h"
+#include "host/live/stream_endpoints.h"
+#include "host/net/own_address.h"
 #include "host/stages/repair_chain.h"
+#include "host/usage_error.h"
 #include "tests/host/io_test_frames.h"
 #include "tests/host/program_run.h"
 #include "tests/host/udp_listeners.h"
@@ -264,6 +267,24 @@ TEST_F(LiveTest, WhatStandsBeforeABreakInTheFileLeaves) {
     EXPECT_EQ(listeners.datagrams(2).size(), 4U);
 }
 
+TEST(OwnAddressTest, AStreamThatWouldComeBackIsFound) {
+    const auto comesBack = [](const char* to, const char* from) {
+        try {
+            requireElsewhere(parseStream(to), parseStream(from));
+        } catch (const UsageError&) {
+            return true;
+        }
+        return false;
+    };
+    EXPECT_TRUE(comesBack("239.1.2.3:5004", "239.1.2.3:5000"));
+    EXPECT_TRUE(comesBack("0.0.0.0:5004", "127.0.0.1:5004"));
+    EXPECT_TRUE(comesBack("127.0.0.1:5004,1,2", "0.0.0.0:7,8,5004"));
+    EXPECT_FALSE(comesBack("127.0.0.1:5004", "127.0.0.2:5004"));
+    EXPECT_FALSE(comesBack("127.0.0.1:5004", "127.0.0.1:5005"));
+    EXPECT_FALSE(comesBack("192.0.2.7:5004", "0.0.0.0:5004"));
+    EXPECT_FALSE(comesBack("239.1.2.3:5004", "0.0.0.0:5004"));
+}
+
 TEST_F(LiveTest, RefusesWhatCannotBeMeant) {
     for (const auto& [arguments, text] :
          {std::pair{"send in.ts --to 127.0.0.1:65534 --mode both --columns 5 --rows 5", "two and four above"},
@@ -276,12 +297,16 @@ TEST_F(LiveTest, RefusesWhatCannotBeMeant) {
           std::pair{"receive --from 127.0.0.1:5004 - --json -", "JSON"},
           std::pair{"receive --from 127.0.0.1:5004 x.ts --json x.ts", "for two outputs"},
           std::pair{"receive --from 127.0.0.1:5004 null --stats 1h", "--stats"},
-          std::pair{"send in.ts --to nowhere:5004 --mode both --columns 5 --rows 5", "has no address"},
+          std::pair{"send in.ts --to 300.0.0.1:5004 --mode both --columns 5 --rows 5", "has no address"},
           std::pair{"send in.ts --to 127.0.0.1:5004 --mode both --columns 5 --rows 5 --bitrate 5x",
                     "bit rate"},
           std::pair{"receive --from 239.1.1.1:5004 null --interface none77", "no such network interface"},
           std::pair{"receive --from 127.0.0.1:5004 null --source 10.0.0.1", "of a group alone"},
-          std::pair{"receive --from 127.0.0.1:5004 out.mp4", "out.mp4"},
+          std::pair{"receive --from 127.0.0.1:5004 out.mp4", "out.mp4: is no .ts file, udp://"},
+          std::pair{"send http://x --to 127.0.0.1:5004 --preset lean", "is no udp:// or rtp:// address"},
+          std::pair{"relay --from 127.0.0.1:5004 --to localhost:5006", "would come back"},
+          std::pair{"send rtp://127.0.0.1:5006 --to 127.0.0.1:5004 --preset lean", "would come back"},
+          std::pair{"receive --from 0.0.0.0:5004 udp://127.0.0.1:5008", "would come back"},
           std::pair{"relay --from 127.0.0.1:5004 --to 127.0.0.1:6004 --loss 2", "loss"}}) {
         const Outcome result = run(arguments);
         EXPECT_EQ(result.status, 2) << arguments << result.text;

@@ -1,3 +1,5 @@
+#include <thread>
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -85,10 +87,64 @@ TEST_F(ProgramMemory, DoesNotGrowWithTheStream) {
     }
 }
 
-TEST_F(ProgramTest, FullDeviceFailsTheRun) {
-    const Outcome result = run("simulate --mode both --columns 5 --rows 5 --json /dev/full");
-    EXPECT_EQ(result.status, 1);
-    EXPECT_NE(result.text.find("No space left on device"), std::string::npos) << result.text;
+class ProgramOutput : public ProgramTest {
+protected:
+    ProgramOutput() { store("in.ts", sample()); }
+
+    /// What a terminal shows of a shell's line.
+    std::string onTerminal(const std::string& line) const {
+        const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+        EXPECT_TRUE(grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+        const std::string name = ptsname(terminal);
+        const int side = open(name.c_str(), O_RDWR | O_NOCTTY);
+        std::string shown;
+        std::thread reader([&] {
+            for (char c = 0; read(terminal, &c, 1) == 1;) shown += c;
+        });
+        runProcess("/bin/sh", "-c '" + line + "' >" + name + " 2>&1 #", pathOf(""));
+        close(side);
+        reader.join();
+        close(terminal);
+        return shown;
+    }
+};
+
+TEST_F(ProgramOutput, FullDeviceFailsTheRun) {
+    for (const std::string command :
+         {"simulate --preset lean --json /dev/full 2>&1 #", "simulate --preset lean --json -",
+          "simulate --preset lean", "units in.ts --format mpeg2ts", "selftest", "--version",
+          "receive --help"}) {
+        const Outcome result = run(command + " 2>&1 >/dev/full #");
+        EXPECT_EQ(result.status, 1) << command;
+        EXPECT_NE(result.text.find("No space left on device"), std::string::npos) << result.text;
+    }
+}
+
+TEST_F(ProgramOutput, AReaderWhoHasEnoughIsNoError) {
+    const std::string units = program().string() + " units in.ts --format mpeg2ts";
+    EXPECT_EQ(
+        runProcess("/bin/sh", "-c '(" + units + "; echo status $? >&2) | head -n 1 >first'", pathOf("")).text,
+        "status 0\n");
+    EXPECT_EQ(load("first").size(), 40U);
+}
+
+TEST_F(ProgramOutput, AMessageEndsTheStatusLineAndLeavesNoColour) {
+    const std::string shown = onTerminal("timeout -s INT 1 " + program().string() +
+                                         " receive --from localhost:47316 null --stats 0.1 --log -");
+    const auto status = shown.rfind("\033[?7h");
+    ASSERT_NE(status, std::string::npos) << shown;
+    EXPECT_EQ(shown.substr(status + 5, 7), "\r\n\033[37m") << shown;
+    EXPECT_TRUE(shown.ends_with("ends\r\n\033[0m")) << shown;
+}
+
+TEST_F(ProgramOutput, TheProgressBarFitsIntoFortyColumns) {
+    ASSERT_EQ(run("protect in.ts fec.pcap --preset low-delay").status, 0);
+    const std::string shown = onTerminal(
+        "mkfifo slow.pcap; (head -c 99999 fec.pcap; sleep 1.2; tail -c +100000 fec.pcap) >slow.pcap & " +
+        program().string() + " repair slow.pcap out.ts");
+    const auto begins = shown.find("\033[?7l");
+    ASSERT_NE(begins, std::string::npos) << shown;
+    EXPECT_LT(shown.find("\033[?7h") - begins - 5, 40U) << shown;
 }
 
 }  // namespace

@@ -211,6 +211,12 @@ TEST_F(ProgramTest, SimulationIsRepeatableAndSaysWhetherTheStreamIsWhole) {
     EXPECT_NE(run(base).text.find("The repaired stream equals the source."), std::string::npos);
 }
 
+TEST_F(ProgramTest, RowModeNeedsNoRowsAndSharesMayBePercentages) {
+    const std::string base = "simulate --mode row --columns 5 --seed 4 ";
+    EXPECT_EQ(figures(base + "--loss 3% --duplicate 1%"),
+              figures(base + "--rows 20 --loss 0.03 --duplicate 0.01"));
+}
+
 TEST_F(ProgramTest, ReorderedAndRepeatedPacketsAreSetRightByTheGuard) {
     const auto json = figures(
         "simulate --mode both --columns 5 --rows 5 --loss 0.01 --reorder 15 --duplicate 0.05 --seed 3");
@@ -223,22 +229,30 @@ TEST_F(ProgramTest, WrongUsageIsRefusedWithTheReasonAndStatusTwo) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"protect in.ts out.pcap --mode both --columns 3 --rows 10",
          "number of columns must be between 4 and 20 in this mode"},
-        {"protect in.ts out.pcap --mode both --columns 11 --rows 10", "invalid number of columns and rows"},
+        {"protect in.ts out.pcap --mode both --columns 11 --rows 10",
+         "invalid number of columns and rows (11 x 10 is 110, at most 100 are allowed)"},
         {"protect in.ts out.pcap --mode row --columns 0 --rows 10",
          "number of columns must be between 1 and 20 in this mode"},
         {"simulate --mode row --columns 5 --rows 3", "number of rows must be between 4 and 20"},
         {"simulate --mode both --columns 5 --rows 5 --loss 1.5", "the loss must be between 0 and 1"},
+        {"simulate --preset lean --loss 103%", "or 0% and 100%"},
+        {"plan --loss 3x", "'3x' is no share, as 0.03 or 3%"},
         {"simulate --mode both --columns 5 --rows 5 --burst 0", "mean burst length"},
         {"protect in.ts out.ts --mode both --columns 5 --rows 5", "can't carry FEC packets"},
         {"protect in.ts out.mkv --mode both --columns 5 --rows 5", "out.mkv"},
-        {"protect in.ts out.pcap --mode diagonal --columns 5 --rows 5", "--mode"},
+        {"protect in.ts out.pcap --mode fast --columns 5 --rows 5",
+         "--mode: there is no choice 'fast', only row, column, both"},
+        {"protect in.ts out.pcap --columns 5 --rows 5", "--mode is required, or --preset (low-delay, "},
+        {"simulate --mode column --columns 5", "--rows is required, or --preset"},
+        {"simulate --preset fast", "there is no choice 'fast', only low-delay, balanced"},
+        {"selftest --data \"\"", "--data names no folder"},
         {"repair in.pcap", "OUT is required"},
         {"repair in.pcap out.ts --port 70000", "--port"},
         {"repair in.pcap out.ts --json out.ts", "named for two outputs"},
         {"simulate in.ts --mode row --columns 5 --rows 5 --seed -1", "--seed"},
         {"simulate \"\" --mode row --columns 5 --rows 5", "must end in"},
         {"packetize in.ts out.pcap", "--format is required"},
-        {"packetize in.ts out.pcap --format avi", "there is no format 'avi'"},
+        {"packetize in.ts out.pcap --format avi", "there is no format 'avi', only h264, "},
         {"packetize in.ts out.pcap --format hevc", "mvrtpfec units IN --format hevc"},
         {"packetize in.ts out.ts --format mpeg2ts", "out.ts: packets go into a .pcap or .pcapng file"},
         {"packetize in.ts out.pcap --format mpeg2ts --payload-type 96", "goes as payload type 33"},
@@ -249,7 +263,8 @@ TEST_F(ProgramTest, WrongUsageIsRefusedWithTheReasonAndStatusTwo) {
         {"packetize in.ts out.pcap --format h264 --parameter-sets both", "--parameter-sets"},
         {"units in.ts --format webm", "there is no format 'webm'"},
         {"protct in.ts out.pcap", "no command 'protct'"},
-        {"", "subcommand"},
+        {"--verbose", "no option '--verbose'"},
+        {"", "a command is required"},
     };
     for (const auto& [arguments, reason] : cases) {
         const Outcome result = run(arguments);

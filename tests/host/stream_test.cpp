@@ -76,7 +76,7 @@ TEST_F(StreamCommand, RefusesWhatItCannotSend) {
                     "hevc can't be packetized"},
           std::pair{stream("klv.bin") + "--to 127.0.0.1:5004 --sdp out.sdp", "name it as FILE:FORMAT"},
           std::pair{stream("aac_lc.aac") + "--to 127.0.0.1:5005 --sdp out.sdp", "even port"},
-          std::pair{stream("aac_lc.aac") + "--to here:5004 --sdp out.sdp", "has no address"},
+          std::pair{stream("aac_lc.aac") + "--to 300.0.0.1:5004 --sdp out.sdp", "has no address"},
           std::pair{stream("aac_lc.aac") + "--to 127.0.0.1:70000 --sdp out.sdp", "has no port"}}) {
         const Outcome result = run("stream " + arguments);
         EXPECT_EQ(result.status, 2) << result.text;
