@@ -130,7 +130,7 @@ TEST_F(ProgramOutput, AReaderWhoHasEnoughIsNoError) {
 
 TEST_F(ProgramOutput, AMessageEndsTheStatusLineAndLeavesNoColour) {
     const std::string shown = onTerminal("timeout -s INT 1 " + program().string() +
-                                         " receive --from localhost:47316 null --stats 0.1 --log -");
+                                         " receive --from 127.0.0.1:47316 null --stats 0.1 --log -");
     const auto status = shown.rfind("\033[?7h");
     ASSERT_NE(status, std::string::npos) << shown;
     EXPECT_EQ(shown.substr(status + 5, 7), "\r\n\033[37m") << shown;
