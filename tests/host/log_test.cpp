@@ -60,7 +60,8 @@ TEST_F(LogOptionsTest, ASyslogServerGetsTheMessages) {
         first, std::regex(R"(<134>\w{3} \d\d \d\d:\d\d:\d\d mvrtpfec 0000 repair of fec.pcap begins)")))
         << first;
     EXPECT_EQ(lines[0].back(), 0);
-    for (const char* wrong : {"syslog:127.0.0.1", "syslog:300.1.1.1:514", "syslog:::1:514", "syslog:127.0.0.1:0"})
+    for (const char* wrong :
+         {"syslog:127.0.0.1", "syslog:300.1.1.1:514", "syslog:::1:514", "syslog:127.0.0.1:0"})
         EXPECT_EQ(run(std::string("repair fec.pcap out.ts --log ") + wrong).status, 2) << wrong;
 }
 
