@@ -82,7 +82,7 @@ ProtectFigures protectStream(PacketSource& source, PacketSink& sink, const Prote
     return figures;
 }
 
-void runProtect(const ProtectOptions& options) {
+void runProtect(const ProtectOptions& options, mvn::log::ILogger& log) {
     checkMatrix(options.matrix);
     formatOf(options.in);
     if (formatOf(options.out) == FileFormat::transportStream)
@@ -92,6 +92,7 @@ void runProtect(const ProtectOptions& options) {
     const auto source = openSource(options.in, options.port);
     const auto sink = openSink(options.out, options.port, source->addressing());
     const ProtectFigures figures = protectStream(*source, *sink, options);
+    tellSkipped(source->skipped(), &log);
 
     Table table{{"media packets", std::to_string(figures.media)},
                 {"FEC on FECA", std::to_string(figures.fecA)},
@@ -122,7 +123,7 @@ void addProtectCommand(CLI::App& app) {
         "  mvrtpfec protect feed.pcapng feed-fec.pcapng --mode column --columns 5 --rows 10 --port 6000");
     command->callback([options] {
         runLogged(options->log, "protection of " + platform::utf8From(options->in),
-                  [&](auto&) { runProtect(*options); });
+                  [&](auto& log) { runProtect(*options, log); });
     });
 }
 

@@ -66,6 +66,7 @@ void runRepair(const RepairOptions& options, mvn::log::ILogPerf& log) {
     const auto source = openSource(options.in, options.port);
     RepairedOutput output(options.out, options.port, *source);
     const RepairFigures figures = repairStream(*source, output, options, log);
+    tellSkipped(source->skipped(), &log);
     logFigures(log, figures);
 
     Table table;

@@ -12,6 +12,7 @@
 #include "host/commands/commands.h"
 #include "host/commands/media_options.h"
 #include "host/commands/options.h"
+#include "host/commands/report.h"
 #include "host/commands/stream_names.h"
 #include "host/log/program_log.h"
 #include "host/media/session_file.h"
@@ -208,6 +209,7 @@ void runStream(const StreamOptions& options, mvn::log::ILogPerf& log) {
     std::uint64_t packets = 0;
     std::uint64_t refused = 0;
     for (const auto& lane : lanes) {
+        tellSkipped(lane->input.skipped(), &log);
         fmt::print(stderr, "{}: {} packets, {} bytes, {} reports\n", platform::utf8From(lane->input.path()),
                    lane->media.packets(), lane->media.bytes(), lane->reports.packets());
         packets += lane->media.packets();

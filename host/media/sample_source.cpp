@@ -103,6 +103,7 @@ public:
         return sample;
     }
     double progress() const override { return reader_.progress(); }
+    SkippedBytes* skipped() override { return reader_.skipped(); }
 
 private:
     TsReader reader_;
