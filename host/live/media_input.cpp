@@ -27,7 +27,7 @@ std::unique_ptr<MediaInput> openMediaInput(const std::string& text, const MediaI
     const bool isNetwork = text.starts_with(udp) || text.starts_with(rtp);
     requireUse(options, isNetwork, !isNetwork && text != "-");
     if (!isNetwork) return std::make_unique<FileMediaInput>(platform::pathFromUtf8(text), options);
-    return std::make_unique<UdpMediaInput>(parseEndpoint(text.substr(udp.size())),
+    return std::make_unique<UdpMediaInput>(text, parseEndpoint(text.substr(udp.size())),
                                            text.starts_with(udp) ? Carriage::bare : Carriage::rtp, options);
 }
 
