@@ -31,7 +31,8 @@ public:
     virtual SkippedBytes* skipped() { return nullptr; }
 };
 
-/// Opens a file of this format, which has a parser. Throws FileError.
+/// Opens a file of this format, which has a parser. Throws FileError, as for a transport stream that is to be
+/// of another format.
 ///
 /// Formats whose parser finds its units by itself come in pieces of 64 KiB without times. A transport stream
 /// comes a packet a sample, timed from its clock references (TsReader). What has no boundaries but its
