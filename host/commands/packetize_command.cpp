@@ -102,7 +102,7 @@ private:
     UnitTimer timer_;
 };
 
-void report(const PacketizeOptions& options, const PacketizeFigures& figures) {
+void report(const PacketizeOptions& options, const PacketizeFigures& figures, SampleSource& samples) {
     constexpr double ticksPerSecond = 90000;
     const PacketFigures& packets = figures.packets;
     const double span = static_cast<double>(packets.span) / ticksPerSecond;
@@ -113,11 +113,13 @@ void report(const PacketizeOptions& options, const PacketizeFigures& figures) {
                  {"payload_type", options.sentPayloadType()},
                  {"clock_rate", packets.clockRate},
                  {"ssrc", options.ssrc}});
+    if (samples.skipped() != nullptr) json["skipped_bytes"] = samples.skipped()->total();
     Table table;
     addRows(table, figures.units, figures.refused);
     table.emplace_back("packets", std::to_string(packets.packets));
     table.emplace_back("packet bytes", std::to_string(packets.bytes));
     table.emplace_back("first to last", secondsText(span));
+    addSkippedRow(table, samples.skipped());
     publish(fmt::format("{} -> {}", platform::utf8From(options.in), platform::utf8From(options.out)), table,
             "", json, options.json);
 }
@@ -132,7 +134,7 @@ void checkOptions(const PacketizeOptions& options) {
         throw UsageError(platform::utf8From(options.out) + ": packets go into a .pcap or .pcapng file");
 }
 
-void runPacketize(const PacketizeOptions& options) {
+void runPacketize(const PacketizeOptions& options, mvn::log::ILogger& log) {
     checkOptions(options);
     const auto samples = openSamples(options.in, options.format->type);
     const auto sink =
@@ -140,7 +142,8 @@ void runPacketize(const PacketizeOptions& options) {
     const PacketizeFigures figures = Packetizing(options, *sink).run(*samples);
     if (!options.sdp.empty()) writeSession(options.sdp, figures.session);
     sink->finish();
-    report(options, figures);
+    tellSkipped(samples->skipped(), &log);
+    report(options, figures, *samples);
 }
 
 void addPacketOptions(CLI::App& command, PacketizeOptions& options) {
@@ -176,7 +179,7 @@ void addPacketizeCommand(CLI::App& app) {
     command->callback([options] {
         runLogged(options->log, "packetizing of " + platform::utf8From(options->in),
                   {{options->in}, {options->out, options->sdp, options->json}},
-                  [&](auto&) { runPacketize(*options); });
+                  [&](auto& log) { runPacketize(*options, log); });
     });
 }
 

@@ -80,6 +80,7 @@ void runProtect(const ProtectOptions& options, mvn::log::ILogger& log) {
     const auto sink = openSink(options.out, options.port, source->addressing());
     const ProtectFigures figures = protectStream(*source, *sink, options);
     tellBreak(*source, options.in, &log);
+    tellSkipped(source->skipped(), &log);
 
     Table table{{"media packets", std::to_string(figures.media)},
                 {"FEC on FECA", std::to_string(figures.fecA)},

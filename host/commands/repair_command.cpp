@@ -66,6 +66,7 @@ void runRepair(const RepairOptions& options, mvn::log::ILogPerf& log) {
     RepairedOutput output(options.out, options.port, *source);
     const RepairFigures figures = repairStream(*source, output, options, log);
     tellBreak(*source, options.in, &log);
+    tellSkipped(source->skipped(), &log);
     logFigures(log, figures);
 
     Table table;

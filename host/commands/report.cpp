@@ -68,8 +68,25 @@ void logFigures(mvn::log::ILogger& log, const RepairFigures& figures) {
     log.Log(figures.receiver.abandoned > 0 ? 1 : 2, "%s", line.c_str());
 }
 
-void addSourceRows(Table& table, const PacketSource& source) {
+void addSourceRows(Table& table, PacketSource& source) {
     if (source.cutDatagrams() > 0) table.emplace_back("cut, left out", std::to_string(source.cutDatagrams()));
+    addSkippedRow(table, source.skipped());
+}
+
+std::uint64_t totalOf(const SkippedBytes* skipped) {
+    return skipped != nullptr ? skipped->total() : 0;
+}
+
+void addSkippedRow(Table& table, const SkippedBytes* skipped) {
+    if (totalOf(skipped) > 0) table.emplace_back("bytes skipped", std::to_string(totalOf(skipped)));
+}
+
+void tellSkipped(SkippedBytes* skipped, mvn::log::ILogger* log) {
+    if (skipped == nullptr) return;
+    for (const std::string& notice : skipped->takeNotices()) {
+        tellPerson("mvrtpfec: " + notice + "\n");
+        if (log != nullptr) log->Log(1, "%s", notice.c_str());
+    }
 }
 
 void publish(const std::string& title, const Table& table, const std::string& verdict,

@@ -19,7 +19,13 @@ using Table = std::vector<std::pair<std::string, std::string>>;
 nlohmann::ordered_json toJson(const RepairFigures& figures);
 void addRows(Table& table, const RepairFigures& figures);
 /// What the source had to leave out, if anything.
-void addSourceRows(Table& table, const PacketSource& source);
+void addSourceRows(Table& table, PacketSource& source);
+
+// Of what may be null: bytes of a transport stream that belong to no packet.
+std::uint64_t totalOf(const SkippedBytes* skipped);
+void addSkippedRow(Table& table, const SkippedBytes* skipped);
+/// Tells a person, and the log where there is one, where they stand.
+void tellSkipped(SkippedBytes* skipped, mvn::log::ILogger* log);
 
 /// The same in one line, a warning when packets are lost for good.
 void logFigures(mvn::log::ILogger& log, const RepairFigures& figures);

@@ -1,3 +1,4 @@
+#include <chrono>
 #include <memory>
 #include <random>
 #include <string>
@@ -40,8 +41,9 @@ struct SendOptions {
 /// From the input through the sender filter to the network.
 class Sending {
 public:
-    explicit Sending(const SendOptions& options)
-        : input_(openMediaInput(options.input, options.media)),
+    Sending(const SendOptions& options, mvn::log::ILogger& log)
+        : log_(log),
+          input_(openMediaInput(options.input, options.media)),
           writers_(parseStream(options.to), options.sending),
           graph_(options.module),
           protection_(graph_, options.matrix, options.fecFormat,
@@ -57,20 +59,22 @@ public:
             sendAll();
         } catch (const std::exception&) {
             writers_.flush();
+            tellNotices();
             throw;
         }
         writers_.flush();
+        tellNotices();
     }
 
-    void report(mvn::log::ILogger& log) const {
+    void report() const {
         const std::string text = fmt::format(
             "sent {} media packets, {} FEC packets on FECA, {} on FECB; refused by the system {}, no media "
-            "{}, FEC left out of unequal packets {}, over holes in the input {}",
+            "{}, bytes skipped {}, FEC left out of unequal packets {}, over holes in the input {}",
             writers_.of(StreamPort::media).packets(), writers_.of(StreamPort::fecA).packets(),
             writers_.of(StreamPort::fecB).packets(), writers_.refused(), input_->leftOut(),
-            protection_.figures().notTurned, protection_.figures().overHoles);
+            input_->skippedBytes(), protection_.figures().notTurned, protection_.figures().overHoles);
         tellPerson(text + "\n");
-        log.Log(2, "%s", text.c_str());
+        log_.Log(2, "%s", text.c_str());
     }
 
 private:
@@ -81,6 +85,15 @@ private:
             const MediaInput::Got got = input_->read(next);
             if (got == MediaInput::Got::end) break;
             if (got == MediaInput::Got::packet && isTime(next)) send(std::move(next.packet));
+            tellNotices();
+        }
+    }
+
+    /// Nobody who reads them is waited for.
+    void tellNotices() {
+        for (const std::string& notice : input_->takeNotices()) {
+            tellPerson("mvrtpfec: " + notice + "\n", std::chrono::milliseconds(0));
+            log_.Log(1, "%s", notice.c_str());
         }
     }
 
@@ -95,6 +108,7 @@ private:
         if (packet->view.isValid()) protection_.push(std::move(packet));
     }
 
+    mvn::log::ILogger& log_;
     std::unique_ptr<MediaInput> input_;
     StreamWriters writers_;
     FilterGraph graph_;
@@ -122,10 +136,10 @@ void runSend(const SendOptions& options, mvn::log::ILogger& log) {
     platform::ignoreHangUp();
     if (const auto source = parseNetworkName(options.input))
         requireElsewhere(parseStream(options.to), {&*source, 1});
-    Sending sending(options);
+    Sending sending(options, log);
     tellPerson(protectionText(options.matrix, options.media.bitRate) + "\n");
     sending.run();
-    sending.report(log);
+    sending.report();
 }
 
 }  // namespace
@@ -133,7 +147,9 @@ void runSend(const SendOptions& options, mvn::log::ILogger& log) {
 void addSendCommand(CLI::App& app) {
     const auto options = std::make_shared<SendOptions>();
     CLI::App* command = app.add_subcommand("send", "Protect a transport stream and send it over UDP");
-    command->add_option("INPUT", options->input, "A .ts file, - , udp://ADDR:PORT or rtp://ADDR:PORT")
+    command
+        ->add_option("INPUT", options->input,
+                     "A .ts file, - , udp://ADDR:PORT (datagrams of any size) or rtp://ADDR:PORT")
         ->required();
     command
         ->add_option("--to", options->to, "Where the media go; FECA two ports above, FECB four, or as said")

@@ -45,6 +45,7 @@ struct SimulateFigures {
     std::uint64_t droppedFec = 0;
     std::uint64_t mismatched = 0;
     bool whole = false;
+    std::uint64_t skippedBytes = 0;  ///< of a transport stream, which belong to no packet
 
     std::int64_t missing() const { return static_cast<std::int64_t>(sent - repair.delivered); }
 };
@@ -81,8 +82,8 @@ SimulateFigures simulateStream(PacketSource& source, RepairedOutput* output, con
     receiver.finish();
     if (output != nullptr) output->finish();
     const Channel& channel = sender.channel();
-    return {receiver.figures(),   history.sent(),       channel.droppedMedia(),
-            channel.droppedFec(), history.mismatched(), history.isWhole()};
+    return {receiver.figures(),   history.sent(),    channel.droppedMedia(),   channel.droppedFec(),
+            history.mismatched(), history.isWhole(), totalOf(source.skipped())};
 }
 
 std::string verdict(const SimulateFigures& figures) {
@@ -96,7 +97,7 @@ std::string verdict(const SimulateFigures& figures) {
     return "The repaired stream differs from the source: packets came twice or out of order.";
 }
 
-void report(const SimulateOptions& options, const SimulateFigures& figures) {
+void report(const SimulateOptions& options, const SimulateFigures& figures, PacketSource& source) {
     auto json = toJson(figures.repair);
     json.update({{"sent", figures.sent},
                  {"dropped_media", figures.droppedMedia},
@@ -104,6 +105,7 @@ void report(const SimulateOptions& options, const SimulateFigures& figures) {
                  {"missing", figures.missing()},
                  {"mismatched", figures.mismatched},
                  {"whole", figures.whole},
+                 {"skipped_bytes", figures.skippedBytes},
                  {"seed", options.channel.seed}});
 
     Table table{{"sent", std::to_string(figures.sent)},
@@ -112,6 +114,7 @@ void report(const SimulateOptions& options, const SimulateFigures& figures) {
     addRows(table, figures.repair);
     table.emplace_back("missing", std::to_string(figures.missing()));
     table.emplace_back("mismatched", std::to_string(figures.mismatched));
+    addSourceRows(table, source);
     const std::string title =
         fmt::format("{} x {}, {:g} % loss, seed {}, guard {}", options.matrix.columns, options.matrix.rows,
                     options.channel.loss * 100, options.channel.seed, options.guard.isOn ? "on" : "off");
@@ -129,8 +132,9 @@ void runSimulate(const SimulateOptions& options, mvn::log::ILogPerf& log) {
     }
     const SimulateFigures figures = simulateStream(*source, output.get(), options, log);
     tellBreak(*source, options.in, &log);
+    tellSkipped(source->skipped(), &log);
     logFigures(log, figures.repair);
-    report(options, figures);
+    report(options, figures, *source);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "host/commands/commands.h"
 #include "host/commands/media_options.h"
 #include "host/commands/options.h"
+#include "host/commands/report.h"
 #include "host/commands/stream_names.h"
 #include "host/io/standard_error.h"
 #include "host/log/program_log.h"
@@ -209,6 +210,7 @@ void runStream(const StreamOptions& options, mvn::log::ILogPerf& log) {
     std::uint64_t packets = 0;
     std::uint64_t refused = 0;
     for (const auto& lane : lanes) {
+        tellSkipped(lane->input.skipped(), &log);
         tellPerson(fmt::format("{}: {} packets, {} bytes, {} reports\n",
                                platform::utf8From(lane->input.path()), lane->media.packets(),
                                lane->media.bytes(), lane->reports.packets()));

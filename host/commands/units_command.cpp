@@ -72,6 +72,7 @@ void runUnits(const UnitsOptions& options) {
     const auto parser = createNALBuilder(options.format->type);
     parser->setListener(&timer);
     const std::uint64_t refused = feed(*samples, *parser);
+    tellSkipped(samples->skipped(), nullptr);
     const UnitFigures& figures = counter.figures();
     if (figures.units == 0)
         throw FileError(options.in,
@@ -80,8 +81,11 @@ void runUnits(const UnitsOptions& options) {
     Table rows;
     addRows(rows, figures, refused);
     if (figures.first) rows.emplace_back("first to last", secondsText(figures.span()));
-    publish(fmt::format("{}, {}", platform::utf8From(options.in), options.format->name), rows, "",
-            toJson(figures, refused), options.json);
+    addSkippedRow(rows, samples->skipped());
+    auto json = toJson(figures, refused);
+    if (samples->skipped() != nullptr) json["skipped_bytes"] = samples->skipped()->total();
+    publish(fmt::format("{}, {}", platform::utf8From(options.in), options.format->name), rows, "", json,
+            options.json);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "host/io/datagram.h"
 #include "host/io/frame_template.h"
+#include "host/io/skipped_bytes.h"
 
 namespace mvrtpfec {
 
@@ -28,6 +29,9 @@ public:
 
     /// Datagrams of the stream left out because the capture does not hold them whole.
     virtual std::uint64_t cutDatagrams() const { return 0; }
+
+    /// What of a transport stream had to be passed over; null for other sources.
+    virtual SkippedBytes* skipped() { return nullptr; }
 
     /// How this stream is addressed: follows the latest media frame read, so that frames built
     /// between two reads look like it.

@@ -1,23 +1,39 @@
 #include "host/io/ts_reader.h"
 
+#include <array>
 #include <cerrno>
+#include <cstdio>
 #include <system_error>
 #include <utility>
+
+#include "platform/files/utf8_path.h"
+#include "platform/process/signals.h"
 
 namespace mvrtpfec {
 
 namespace {
 
 constexpr std::uint64_t readAheadLimit = 8192;
+/// Bytes at a stream's beginning in which its first packet has to be found.
+constexpr std::uint64_t searchLimit = 65536;
 
 /// 150 microseconds a packet.
 constexpr PacketRate nominalRate{4050, 1};
 
 }  // namespace
 
-TsReader::TsReader(InputFile file) : file_(std::move(file)) {
-    readAhead(1);
-    if (ahead_.empty()) throwIfBroken();
+TsReader::TsReader(InputFile file) : TsReader(std::move(file), nullptr) {}
+
+TsReader::TsReader(InputFile file, std::shared_ptr<SkippedBytes> skipped)
+    : file_(std::move(file)),
+      skipped_(skipped ? std::move(skipped)
+                       : std::make_shared<SkippedBytes>(platform::utf8From(file_.path()))),
+      framer_([this](std::uint64_t at, std::uint64_t count) { skipped_->add(at, count); }) {
+    while (ahead_.empty() && !atEnd_ && framer_.skipping() <= searchLimit) readPacket();
+    if (!ahead_.empty()) return;
+    throwIfBroken();
+    throw FileError(file_.path(),
+                    "not a transport stream: no sync bytes 0x47 stand 188, 192 or 204 bytes apart");
 }
 
 std::optional<TimedTsPacket> TsReader::next() {
@@ -40,27 +56,35 @@ bool TsReader::readAhead(std::uint64_t count) {
 }
 
 void TsReader::readPacket() {
-    TsPacket packet;
+    while (!fileEnded_ && framer_.held() < TsFramer::lookAhead) readPiece();
+    if (const auto packet = framer_.next())
+        ahead_.push_back(*packet);
+    else if (fileEnded_)
+        atEnd_ = true;
+    else if (platform::wasInterrupted())
+        breakOff("interrupted while the packets were searched");
+}
+
+void TsReader::readPiece() {
+    std::array<std::uint8_t, TsFramer::lookAhead> piece;
     errno = 0;
-    const std::size_t count = std::fread(packet.bytes.data(), 1, tsPacketSize, file_.stream());
-    const std::string place = "byte " + std::to_string(offset_);
+    const std::size_t wanted = TsFramer::lookAhead - framer_.held();
+    const std::size_t count = std::fread(piece.data(), 1, wanted, file_.stream());
+    framer_.push({piece.data(), count});
     if (std::ferror(file_.stream()) != 0)
         breakOff("cannot read: " + std::generic_category().message(errno));
-    else if (count == 0)
-        atEnd_ = true;
-    else if (!packet.hasSync())
-        breakOff(offset_ == 0 ? "not a transport stream: no sync byte 0x47 at its start"
-                              : "no sync byte 0x47 at " + place + ", where a packet should start");
-    else if (count < tsPacketSize)
-        breakOff("truncated: the packet at " + place + " has " + std::to_string(count) + " of 188 bytes");
-    else
-        ahead_.push_back(packet);
-    offset_ += count;
+    else if (count < wanted)
+        endFile();
 }
 
 void TsReader::breakOff(const std::string& reason) {
     broken_ = FileError(file_.path(), reason);
-    atEnd_ = true;
+    endFile();
+}
+
+void TsReader::endFile() {
+    fileEnded_ = true;
+    framer_.end();
 }
 
 std::optional<Pcr> TsReader::pcrOf(std::uint64_t index) const {

@@ -20,6 +20,7 @@ public:
 
     bool read(Datagram& datagram) override;
     double progress() const override { return packets_->progress(); }
+    SkippedBytes* skipped() override { return packets_->skipped(); }
 
 private:
     void writeHeader(Datagram& datagram, const TimedTsPacket& first);

@@ -4,6 +4,7 @@
 
 #include "host/live/looped_ts_reader.h"
 #include "platform/files/files.h"
+#include "platform/files/utf8_path.h"
 
 namespace mvrtpfec {
 
@@ -14,7 +15,8 @@ constexpr std::uint64_t nanosecondsPerSecond = 1'000'000'000;
 std::unique_ptr<TimedTsPackets> openPackets(const std::filesystem::path& path, bool loop) {
     if (path == "-")
         return std::make_unique<TsReader>(InputFile(platform::standardInput(), "standard input"));
-    const auto open = [path] { return std::make_unique<TsReader>(InputFile(path)); };
+    const auto skipped = std::make_shared<SkippedBytes>(platform::utf8From(path));
+    const auto open = [path, skipped] { return std::make_unique<TsReader>(InputFile(path), skipped); };
     if (loop) return std::make_unique<LoopedTsReader>(open);
     return open();
 }

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "host/io/datagram.h"
 #include "host/io/ts_source.h"
@@ -22,6 +24,8 @@ public:
     Got read(DuePacket& next) override;
     /// A pipe is read packet by packet; nobody knows when the next one comes.
     bool wouldWait() const override { return isPipe_; }
+    std::uint64_t skippedBytes() override { return source_.skipped()->total(); }
+    std::vector<std::string> takeNotices() override { return source_.skipped()->takeNotices(); }
 
 private:
     std::chrono::nanoseconds sinceStart() const;

@@ -23,6 +23,7 @@ public:
     std::optional<TimedTsPacket> next() override;
     void throwIfBroken() const override { reader_->throwIfBroken(); }
     double progress() const override { return 0; }
+    SkippedBytes* skipped() override { return reader_->skipped(); }
 
 private:
     void beginRound(std::uint64_t ticks);

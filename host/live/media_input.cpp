@@ -24,8 +24,8 @@ std::unique_ptr<MediaInput> openMediaInput(const std::string& text, const MediaI
     const auto source = parseNetworkName(text);
     requireUse(options, source.has_value(), !source && text != "-");
     if (!source) return std::make_unique<FileMediaInput>(platform::pathFromUtf8(text), options);
-    return std::make_unique<UdpMediaInput>(*source, text.starts_with("udp") ? Carriage::bare : Carriage::rtp,
-                                           options);
+    return std::make_unique<UdpMediaInput>(text, *source,
+                                           text.starts_with("udp") ? Carriage::bare : Carriage::rtp, options);
 }
 
 }  // namespace mvrtpfec

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "core/rtp_packet.h"
 #include "host/io/own_ssrc.h"
@@ -40,11 +41,15 @@ public:
     virtual bool wouldWait() const = 0;
     /// What came and was no media.
     virtual std::uint64_t leftOut() const { return 0; }
+    /// Bytes of a transport stream that belong to no packet.
+    virtual std::uint64_t skippedBytes() = 0;
+    /// What a person should know, since asked last; each is one line. Seldom any, and never many.
+    virtual std::vector<std::string> takeNotices() = 0;
 };
 
-/// "udp://ADDR:PORT" for a transport stream in bare datagrams, "rtp://ADDR:PORT" for one in RTP packets,
-/// which keep their numbers and timestamps, "-" for a transport stream on standard input, else a .ts file.
-/// Throws UsageError, FileError, std::system_error.
+/// "udp://ADDR:PORT" for a transport stream in bare datagrams of any size, "rtp://ADDR:PORT" for one in RTP
+/// packets, which keep their numbers and timestamps, "-" for a transport stream on standard input, else a .ts
+/// file. Throws UsageError, FileError, std::system_error.
 std::unique_ptr<MediaInput> openMediaInput(const std::string& text, const MediaInputOptions& options);
 
 }  // namespace mvrtpfec

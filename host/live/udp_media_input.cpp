@@ -1,10 +1,9 @@
 #include "host/live/udp_media_input.h"
 
-#include <array>
 #include <chrono>
-#include <cstring>
 
-#include "host/io/ts_packet.h"
+#include <fmt/format.h>
+
 #include "host/net/udp_sockets.h"
 
 namespace mvrtpfec {
@@ -13,42 +12,43 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::size_t mostTransportPackets = 7;
-constexpr std::uint8_t syncByte = 0x47;
-
-/// Arrival in ticks of 90 kHz.
-std::uint32_t timestampNow() {
-    using Ticks = std::chrono::duration<std::int64_t, std::ratio<1, 90000>>;
-    const auto now = std::chrono::steady_clock::now().time_since_epoch();
-    return static_cast<std::uint32_t>(std::chrono::duration_cast<Ticks>(now).count());
+SteadyTime timeNow() {
+    return std::chrono::steady_clock::now();
 }
 
-bool isTransportStream(ConstRtpPacketView bytes) {
-    if (bytes.length == 0 || bytes.length % tsPacketSize != 0 ||
-        bytes.length > mostTransportPackets * tsPacketSize)
-        return false;
-    for (std::size_t at = 0; at < bytes.length; at += tsPacketSize)
-        if (bytes.data[at] != syncByte) return false;
-    return true;
+bool hasRtpHeader(std::span<const std::uint8_t> datagram) {
+    return datagram.size() >= rtpHeaderSize && datagram[0] >> 6 == versionTwo >> 6;
 }
 
-/// What can't be protected, as packets with extensions, is passed on all the same.
-bool isMedia(ConstRtpPacketView packet) {
-    return packet.length >= rtpHeaderSize && packet.data[0] >> 6 == versionTwo >> 6 &&
-           packet.payloadType() == mediaPayloadType;
+/// Why this isn't media in RTP; empty where it is. What can't be protected, as packets with extensions, is
+/// passed on all the same.
+std::string faultOf(std::span<const std::uint8_t> datagram) {
+    if (!hasRtpHeader(datagram))
+        return transportPacketDistance(datagram) == 0
+                   ? "they are no RTP packets"
+                   : "a transport stream without RTP headers is to be named udp://ADDR:PORT";
+    const unsigned payloadType = datagram[1] & payloadTypeBits;
+    if (payloadType != mediaPayloadType)
+        return fmt::format("the payload type is {}, not {}", payloadType, mediaPayloadType);
+    if (datagram.size() > maxFecPacketSize) return fmt::format("longer than {} bytes", maxFecPacketSize);
+    return "";
 }
 
 }  // namespace
 
-UdpMediaInput::UdpMediaInput(const asio::ip::udp::endpoint& local, Carriage carriage,
+UdpMediaInput::UdpMediaInput(const std::string& name, const asio::ip::udp::endpoint& local, Carriage carriage,
                              const MediaInputOptions& options)
     : carriage_(carriage),
       socket_(openReceiver(context_, local, options.receiving)),
-      number_(options.firstNumber),
-      ssrc_(options.ssrc) {}
+      watch_(name, timeNow()),
+      wrapper_(
+          options.ssrc, options.firstNumber,
+          [this](std::uint64_t, std::uint64_t count) { watch_.skip(count, timeNow()); },
+          [this](auto packet) { waiting_.push_back(std::move(packet)); }) {}
 
 MediaInput::Got UdpMediaInput::read(DuePacket& next) {
     if (waiting_.empty()) wait();
+    if (waiting_.empty()) wrapper_.passTime(timeNow());
     if (waiting_.empty()) return Got::nothing;
     next.packet = std::move(waiting_.front());
     next.due.reset();
@@ -56,9 +56,13 @@ MediaInput::Got UdpMediaInput::read(DuePacket& next) {
     return Got::packet;
 }
 
+std::vector<std::string> UdpMediaInput::takeNotices() {
+    return watch_.takeNotices(timeNow());
+}
+
 void UdpMediaInput::wait() {
     socket_.async_wait(asio::ip::udp::socket::wait_read, [this](const asio::error_code& error) {
-        if (!error) reader_.readWaiting(socket_, [this](auto datagram) { take(std::move(datagram)); });
+        if (!error) reader_.readWaiting(socket_, [this](Datagram datagram) { take(datagram); });
     });
     context_.restart();
     context_.run_one_for(100ms);
@@ -67,28 +71,35 @@ void UdpMediaInput::wait() {
     context_.poll();
 }
 
-void UdpMediaInput::take(std::unique_ptr<RtpPacket> datagram) {
-    const ConstRtpPacketView view = datagram->view;
-    if (carriage_ == Carriage::bare && isTransportStream(view))
-        waiting_.push_back(wrapped(view));
-    else if (carriage_ == Carriage::rtp && isMedia(view))
-        waiting_.push_back(std::move(datagram));
+void UdpMediaInput::take(Datagram datagram) {
+    const SteadyTime now = timeNow();
+    if (carriage_ == Carriage::bare)
+        takeBare(datagram, now);
     else
-        ++leftOut_;
+        takeRtp(datagram, now);
 }
 
-/// RFC 2250, section 2.
-std::unique_ptr<RtpPacket> UdpMediaInput::wrapped(ConstRtpPacketView transportPackets) {
-    auto packet = std::make_unique<RtpPacket>(RtpPacket::Unwritten{});
-    std::uint8_t* const bytes = packet->view.data;
-    bytes[0] = versionTwo;
-    bytes[1] = mediaPayloadType;
-    writeBigEndian16(bytes + 2, number_++);
-    writeBigEndian32(bytes + 4, timestampNow());
-    writeBigEndian32(bytes + 8, ssrc_);
-    std::memcpy(bytes + rtpHeaderSize, transportPackets.data, transportPackets.length);
-    packet->view.length = static_cast<std::uint16_t>(rtpHeaderSize + transportPackets.length);
-    return packet;
+/// In a stream that runs across datagrams anything may look like a header.
+bool UdpMediaInput::isRtp(Datagram datagram) const {
+    return wrapper_.isBetweenPackets() && hasRtpHeader(datagram) &&
+           datagram.size() % tsPacketSize == rtpHeaderSize &&
+           transportPacketDistance(datagram.subspan(rtpHeaderSize)) != 0;
+}
+
+void UdpMediaInput::takeBare(Datagram datagram, SteadyTime now) {
+    if (isRtp(datagram))
+        watch_.leaveOut("RTP packets are to be named rtp://ADDR:PORT", now);
+    else if (wrapper_.push(datagram, now))
+        watch_.use();
+    else
+        watch_.doubt(now);
+}
+
+void UdpMediaInput::takeRtp(Datagram datagram, SteadyTime now) {
+    const std::string fault = faultOf(datagram);
+    if (!fault.empty()) return watch_.leaveOut(fault, now);
+    watch_.use();
+    waiting_.push_back(std::make_unique<RtpPacket>(datagram.data(), datagram.size()));
 }
 
 }  // namespace mvrtpfec

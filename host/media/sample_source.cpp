@@ -18,7 +18,7 @@ using Bytes = std::vector<std::uint8_t>;
 
 class PieceSource : public SampleSource {
 public:
-    explicit PieceSource(InputFile file) : file_(std::move(file)) {}
+    explicit PieceSource(StreamFile file) : file_(std::move(file)) {}
 
     SamplePtr read() override {
         Bytes bytes;
@@ -35,7 +35,7 @@ private:
 
 class RecordSource : public SampleSource {
 public:
-    RecordSource(InputFile file, StreamType type) : file_(std::move(file)), type_(type) {}
+    RecordSource(StreamFile file, StreamType type) : file_(std::move(file)), type_(type) {}
 
     SamplePtr read() override;
     double progress() const override { return file_.progress(); }
@@ -103,10 +103,25 @@ public:
         return sample;
     }
     double progress() const override { return reader_.progress(); }
+    SkippedBytes* skipped() override { return reader_.skipped(); }
 
 private:
     TsReader reader_;
 };
+
+/// A file that is one unit may be anything.
+bool isAnything(StreamType type) {
+    return type == StreamType::syncPoint22 || type == StreamType::syncPoint23 ||
+           type == StreamType::syncPoint24;
+}
+
+void refuseTransportStream(StreamFile& file) {
+    const std::size_t distance = transportPacketDistance(file.peek(TsFramer::lookAhead));
+    if (distance != 0)
+        throw FileError(file.path(), "is a transport stream with packets of " + std::to_string(distance) +
+                                         " bytes: name its format mpeg2ts, or take the elementary stream "
+                                         "out of it first");
+}
 
 }  // namespace
 
@@ -119,8 +134,10 @@ SamplePtr sampleOf(std::vector<std::uint8_t> bytes) {
 std::unique_ptr<SampleSource> openSamples(const std::filesystem::path& path, StreamType type) {
     InputFile file(path);
     if (type == StreamType::mpeg2ts) return std::make_unique<TsPacketSource>(std::move(file));
-    if (isCutIntoRecords(type)) return std::make_unique<RecordSource>(std::move(file), type);
-    return std::make_unique<PieceSource>(std::move(file));
+    StreamFile stream(std::move(file));
+    if (!isAnything(type)) refuseTransportStream(stream);
+    if (isCutIntoRecords(type)) return std::make_unique<RecordSource>(std::move(stream), type);
+    return std::make_unique<PieceSource>(std::move(stream));
 }
 
 }  // namespace mvrtpfec

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "host/io/input_file.h"
@@ -16,11 +17,18 @@ public:
     /// FileError.
     bool read(std::size_t count, std::vector<std::uint8_t>& bytes);
 
+    /// The first bytes of the file, fewer than `count` only where it has no more; to be asked for before the
+    /// first read(). Throws FileError.
+    std::span<const std::uint8_t> peek(std::size_t count);
+
     double progress() const { return file_.progress(file_.stream()); }
     const std::filesystem::path& path() const { return file_.path(); }
 
 private:
+    bool readFile(std::size_t count, std::vector<std::uint8_t>& bytes);
+
     InputFile file_;
+    std::vector<std::uint8_t> peeked_;
 };
 
 }  // namespace mvrtpfec

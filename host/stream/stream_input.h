@@ -43,6 +43,8 @@ public:
     /// How far the units given out reach, 100 ns from the first one of this round, without the gaps of the
     /// stream's own count.
     std::int64_t reached() const { return latest_; }
+    /// What of a transport stream had to be passed over in this round; null for other formats.
+    SkippedBytes* skipped() { return samples_->skipped(); }
     const StreamFormat& format() const { return *options_.format; }
     const std::filesystem::path& path() const { return options_.path; }
 

@@ -49,11 +49,15 @@ protected:
         error_ = errorOf([&] {
             const auto source = openSource(store("in.ts", bytes), mediaPort);
             for (Datagram datagram; source->read(datagram);) all.push_back(datagram);
+            skipped_ = source->skipped()->total();
+            notices_ = source->skipped()->takeNotices();
         });
         return all;
     }
 
     std::string error_;
+    std::uint64_t skipped_ = 0;
+    std::vector<std::string> notices_;
 };
 
 ConstRtpPacketView rtp(const Datagram& datagram) {
@@ -131,25 +135,97 @@ TEST_F(TsTest, FollowsOneClockUntilItFallsSilent) {
         ASSERT_LT(rtp(all[i - 1]).timestamp(), rtp(all[i]).timestamp()) << i;
 }
 
-TEST_F(TsTest, DeliversWhatStandsBeforeABrokenPlace) {
-    struct Case {
-        std::size_t packets;
-        Bytes tail;
-        const char* error;
-    };
-    for (const Case& c :
-         {Case{0, {}, "in.ts: the file is empty"},
-          Case{0, Bytes(99, 'x'), "in.ts: not a transport stream: no sync byte 0x47 at its start"},
-          Case{0, {tsSyncByte}, "in.ts: truncated: the packet at byte 0 has 1 of 188 bytes"},
-          Case{9, Bytes(187, tsSyncByte), "in.ts: truncated: the packet at byte 1692 has 187 of 188 bytes"},
-          Case{9, Bytes(188), "in.ts: no sync byte 0x47 at byte 1692, where a packet should start"}}) {
-        Bytes bytes = StreamBuilder().packets(c.packets).bytes();
-        bytes.insert(bytes.end(), c.tail.begin(), c.tail.end());
-        std::size_t delivered = 0;
-        for (const Datagram& datagram : read(bytes)) delivered += (datagram.payload.size() - 12) / 188;
-        EXPECT_EQ(delivered, c.packets) << c.error;
-        EXPECT_EQ(error_, c.error);
+/// Packets with other bytes before and behind each.
+Bytes spaced(const Bytes& packets, std::size_t before, std::size_t behind) {
+    Bytes all;
+    for (auto at = packets.begin(); at != packets.end(); at += tsPacketSize) {
+        all.insert(all.end(), before, 0xaa);
+        all.insert(all.end(), at, at + tsPacketSize);
+        all.insert(all.end(), behind, 0xbb);
     }
+    return all;
+}
+
+Bytes changed(Bytes bytes, std::size_t at) {
+    bytes[at] ^= 1;
+    return bytes;
+}
+
+Bytes without(Bytes bytes, std::size_t at, std::size_t count) {
+    const auto from = bytes.begin() + static_cast<std::ptrdiff_t>(at);
+    bytes.erase(from, from + static_cast<std::ptrdiff_t>(count));
+    return bytes;
+}
+
+Bytes with(Bytes bytes, std::size_t at, std::size_t count) {
+    bytes.insert(bytes.begin() + static_cast<std::ptrdiff_t>(at), count, 0xcc);
+    return bytes;
+}
+
+TEST_F(TsTest, FindsThePacketsAgain) {
+    const Bytes whole = StreamBuilder().packets(40).bytes();
+    const Bytes prefixed = spaced(whole, 4, 0);
+    const Bytes coded = spaced(whole, 0, 16);
+    constexpr std::size_t none = 40;
+    struct Case {
+        const char* name;
+        Bytes bytes;
+        std::size_t missing;
+        std::uint64_t skipped;
+        std::uint64_t at;
+    };
+    for (const Case& c : {Case{"192 a packet", prefixed, none, 0, 0}, Case{"204 a packet", coded, none, 0, 0},
+                          Case{"from inside", without(whole, 0, 100), 0, 88, 0},
+                          Case{"192, from inside", without(prefixed, 0, 100), 0, 92, 0},
+                          Case{"204, from inside", without(coded, 0, 100), 0, 104, 0},
+                          Case{"a sync byte", changed(whole, 20 * 188), 20, 188, 3760},
+                          Case{"a prefixed sync byte", changed(prefixed, 20 * 192 + 4), 20, 192, 3844},
+                          Case{"the last sync byte but one", changed(whole, 38 * 188), 38, 188, 7144},
+                          Case{"bytes lost", without(whole, 20 * 188 + 60, 50), 20, 138, 3760},
+                          Case{"bytes between", with(whole, 20 * 188, 50), none, 50, 3760},
+                          Case{"many bytes between", with(whole, 20 * 188, 100'000), none, 100'000, 3760},
+                          Case{"an end cut off", without(whole, 7520 - 88, 88), 39, 100, 7332},
+                          Case{"an end of other bytes", with(whole, 7520, 600), none, 600, 7520}}) {
+        SCOPED_TRACE(c.name);
+        std::vector<std::size_t> missing(1, none);
+        std::size_t next = 0;
+        for (const Datagram& datagram : read(c.bytes))
+            for (std::size_t end = 12 + 188; end <= datagram.payload.size(); end += 188, ++next)
+                for (; datagram.payload[end - 1] != next && next < none; ++next) missing.push_back(next);
+        if (next < none) missing.push_back(next);
+        EXPECT_EQ(missing.back(), c.missing);
+        EXPECT_LE(missing.size(), 2U);
+        EXPECT_EQ(skipped_, c.skipped);
+        EXPECT_EQ(notices_.size(), c.skipped > 0 ? 1U : 0U);
+        if (!notices_.empty()) {
+            EXPECT_NE(notices_[0].find("at byte " + std::to_string(c.at) + ","), std::string::npos)
+                << notices_[0];
+        }
+        EXPECT_EQ(error_, "no error");
+    }
+}
+
+TEST_F(TsTest, TellsTheFirstPlacesOfManyOnce) {
+    Bytes bytes = StreamBuilder().packets(300).bytes();
+    for (std::size_t i = 5; i < 300; i += 10) bytes[i * 188] = 0;
+    read(bytes);
+    EXPECT_EQ(skipped_, 30U * 188);
+    EXPECT_EQ(notices_.size(), 11U);
+    SkippedBytes twice("in.ts");
+    twice.add(7, 1);
+    twice.add(7, 1);
+    EXPECT_EQ(twice.takeNotices().size(), 1U);
+}
+
+TEST_F(TsTest, RefusesWhatIsNoTransportStream) {
+    for (const Bytes& bytes :
+         {Bytes(99, 'x'), Bytes{tsSyncByte}, Bytes(200, tsSyncByte + 1), Bytes(1'000'000)}) {
+        read(bytes);
+        EXPECT_EQ(error_,
+                  "in.ts: not a transport stream: no sync bytes 0x47 stand 188, 192 or 204 bytes apart");
+    }
+    read({});
+    EXPECT_EQ(error_, "in.ts: the file is empty");
 }
 
 TEST_F(TsTest, HasNoPlaceForFec) {

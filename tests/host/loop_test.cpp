@@ -16,7 +16,12 @@ namespace {
 
 class LoopTest : public ProgramTest {
 protected:
-    LoopTest() { store("in.ts", sample()); }
+    /// The last packet isn't whole.
+    LoopTest() {
+        Bytes bytes = sample();
+        bytes.insert(bytes.end(), bytes.begin(), bytes.begin() + 100);
+        store("in.ts", bytes);
+    }
 
     /// The transport packets that a looped file gives.
     std::vector<TsPacket> play(std::size_t packets) const {

@@ -140,6 +140,8 @@ TEST_F(PacketizeCommand, ParameterSetsGoWhereTheyShould) {
 TEST_F(PacketizeCommand, StreamThatGivesNoPacketSaysWhy) {
     const std::map<std::string, std::string> cases{
         {"packetize timeless.264 out.pcap --format h264 --frame-rate 25", "no VUI timing"},
+        {"packetize " MVRTPFEC_SOURCE "/samples/sample.ts out.pcap --format h264",
+         "packets of 188 bytes: name its format mpeg2ts"},
         {"packetize slices.264 out.pcap --format h264", "no sequence parameter set found"},
         {"packetize " + streamPath("aac_lc.aac").string() + " out.pcap --format h264", "no packet came out"},
         {"packetize " + streamPath("klv.bin").string() + " out.pcap --format aac-latm",
