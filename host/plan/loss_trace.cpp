@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <chrono>
 
+#include "core/same_run.h"
 #include "core/serial_distance.h"
-#include "host/io/same_run.h"
 
 namespace mvrtpfec {
 
