@@ -46,7 +46,8 @@ struct SimulateFigures {
     std::uint64_t mismatched = 0;
     bool whole = false;
 
-    std::int64_t missing() const { return static_cast<std::int64_t>(sent - repair.delivered); }
+    /// Of those sent; some may have been delivered twice.
+    std::uint64_t missing() const { return repair.stream.lostForGood; }
 };
 
 /// Sender, channel and receiver in one graph; the output, if any, gets the repaired stream.
@@ -74,6 +75,7 @@ SimulateFigures simulateStream(PacketSource& source, RepairedOutput* output, con
         moment.addressing = *source.addressing();
         if (media.port != StreamPort::media || !viewOf(media.payload).isValid()) continue;
         history.add(viewOf(media.payload));
+        receiver.expect(viewOf(media.payload));
         sender.push(viewOf(media.payload));
     }
     requireMedia(history.sent(), source, options.in, options.port);
@@ -132,6 +134,9 @@ void runSimulate(const SimulateOptions& options, mvn::log::ILogPerf& log) {
     const SimulateFigures figures = simulateStream(*source, output.get(), options, log);
     logFigures(log, figures.repair);
     report(options, figures);
+    requireWhole(figures.repair);
+    if (figures.mismatched > 0)
+        throw LossError("packets were lost for good: wrong ones came out in their place");
 }
 
 }  // namespace
@@ -150,6 +155,7 @@ void addSimulateCommand(CLI::App& app) {
     addModuleOption(*command, options->module);
     addLogOptions(*command, options->log);
     command->footer(
+        "It ends with status 3 when packets were lost for good.\n"
         "Examples:\n"
         "  mvrtpfec simulate --mode both --columns 10 --rows 10 --loss 0.03\n"
         "  mvrtpfec simulate movie.ts --mode row --columns 8 --rows 4 --burst 5 --seed 7 --output out.ts");
