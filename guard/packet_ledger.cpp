@@ -72,8 +72,8 @@ bool PacketLedger::find(const Delivery& delivery, Hit& hit) {
         for (std::size_t i = 0; i < stretches.size() && (i == 0 || stretches[i].begun <= delivery.asOf);
              ++i) {
             const Stretch& stretch = stretches[i];
-            const Place near = stretch.isOpen ? stretch.delivered : stretch.origin;
-            const Place place = stretch.placeOf(delivery.number, near);
+            const Place reference = stretch.isOpen ? stretch.delivered : stretch.origin;
+            const Place place = stretch.placeOf(delivery.number, reference);
             const Place last = std::max(stretch.last, stretch.named);
             if (place < stretch.first - sameRun || place > last) continue;
             if (!(this->*fits)(stretch, place, delivery)) continue;

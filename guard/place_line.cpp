@@ -22,8 +22,8 @@ constexpr int cycle = 65536;
 
 }  // namespace
 
-Place Stretch::placeOf(std::uint16_t number, Place near) const {
-    return near + serialDistance(numberOf(near), number);
+Place Stretch::placeOf(std::uint16_t number, Place reference) const {
+    return reference + serialDistance(numberOf(reference), number);
 }
 
 void PlaceLine::add(ConstRtpPacketView media, std::uint64_t arrival) {

@@ -43,8 +43,8 @@ struct Stretch {
     std::uint16_t numberOf(Place place) const {
         return static_cast<std::uint16_t>(originNumber + (place - origin));
     }
-    /// The place of a number, the nearest to `near`.
-    Place placeOf(std::uint16_t number, Place near) const;
+    /// The place of a number, the nearest to `reference`.
+    Place placeOf(std::uint16_t number, Place reference) const;
 };
 
 /// Gives the media packets of one port places. A packet of another source or with a number from elsewhere
