@@ -1,6 +1,6 @@
 // What a live receiver does with datagrams before they reach the graph: counts them, makes their FEC packets
-// ours and puts them in order. Input: records of a byte, the next packet's length, and the packet; a record
-// of one length byte 0 is time that passes.
+// ours, puts them in order and keeps account of them. Input: records of a byte, the next packet's length, and the
+// packet; a record of one length byte 0 is time that passes.
 
 #include <algorithm>
 #include <chrono>
@@ -9,6 +9,7 @@
 #include <span>
 #include <vector>
 
+#include "guard/packet_ledger.h"
 #include "host/interop/fec_intake.h"
 #include "host/live/reception_meter.h"
 #include "mvrtpfec/receiver_guard.h"
@@ -22,12 +23,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     mvn::log::DummyLogPerf log;
     FecIntake intake(std::nullopt, log);
     const auto meter = std::make_unique<ReceptionMeter>();
+    PacketLedger ledger(0);
     std::uint64_t valid = 0;
+    std::uint64_t came = 0;
     SteadyTime now{};
     ReceiverGuard guard(
         [&](ReceiverInput, std::span<const std::uint8_t> packet) {
             if (packet.size() < rtpHeaderSize) std::abort();
-            meter->deliver({packet.data(), static_cast<std::uint16_t>(packet.size())}, now);
+            const ConstRtpPacketView media{packet.data(), static_cast<std::uint16_t>(packet.size())};
+            meter->deliver(media, now);
+            if (media.payloadType() == mediaPayloadType) ledger.deliver(media, came);
         },
         {.window = 5, .patience = 20ms, .startHold = 10});
     while (!rest.empty()) {
@@ -40,10 +45,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const RtpPacketView packet{bytes.data(), static_cast<std::uint16_t>(bytes.size())};
         if (!meter->arrive(packet, now)) continue;
         ++valid;
-        if (intake.take(packet)) guard.push(bytes);
+        if (!intake.take(packet)) continue;
+        if (packet.payloadType() == mediaPayloadType)
+            came = ledger.arrive(packet);
+        else
+            ledger.name(packet);
+        guard.push(bytes);
     }
     guard.flush();
-    const ReceptionFigures& figures = meter->figures();
-    if (figures.media + figures.fec != valid) std::abort();
+    ledger.finish();
+    if (ledger.figures().longestBurst > ledger.figures().lost()) std::abort();
+    const ReceptionFigures figures = meter->figures();
+    if (figures.media + figures.fec.packets != valid) std::abort();
     return 0;
 }

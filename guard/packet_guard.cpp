@@ -69,7 +69,9 @@ GuardFigures PacketGuard::figures() const {
             .fecKeptBack = fecKeptBack_,
             .foreign = media.stray + foreign_,
             .restarts = media.restarts,
-            .refed = refed_};
+            .refed = refed_,
+            .renewals = renewals_,
+            .matrixChanges = matrixChanges_};
 }
 
 void PacketGuard::pushFec(std::unique_ptr<RtpPacket> fec) {
@@ -106,7 +108,10 @@ bool PacketGuard::isBegun(FecKind kind) {
 void PacketGuard::learnMatrix(FecKind kind, const ProtectedRange& range) {
     const MatrixSize before = matrix_;
     matrix_.learn(kind, range);
-    if (before != matrix_) unbroken_ = 0;
+    if (before == matrix_) return;
+    unbroken_ = 0;
+    const auto differs = [](std::uint8_t was, std::uint8_t is) { return was != 0 && was != is; };
+    if (differs(before.columns, matrix_.columns) || differs(before.rows, matrix_.rows)) ++matrixChanges_;
 }
 
 void PacketGuard::handOnFec(std::unique_ptr<RtpPacket> fec, FecKind kind) {
@@ -162,6 +167,7 @@ void PacketGuard::startAfresh(std::uint16_t next) {
 }
 
 void PacketGuard::renewDecoder(std::uint16_t next) {
+    ++renewals_;
     output_(ReceiverInput::media, makeRenewal(farFrom(next)));
 }
 

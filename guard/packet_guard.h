@@ -77,6 +77,8 @@ private:
     std::uint64_t fecKeptBack_ = 0;
     std::uint64_t foreign_ = 0;
     std::uint64_t refed_ = 0;
+    std::uint64_t renewals_ = 0;
+    std::uint64_t matrixChanges_ = 0;
 };
 
 }  // namespace mvrtpfec

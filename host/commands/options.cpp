@@ -102,13 +102,13 @@ void addFecFormatOption(CLI::App& command, FecFormat& format) {
 }
 
 void addFecIntakeOption(CLI::App& command, std::optional<FecFormat>& format) {
-    addChoice(command, "--fec-format", format,
-              {{"auto", std::optional<FecFormat>()},
-               {"native", std::optional(FecFormat::native)},
-               {"standard", std::optional(FecFormat::standard)}},
-              std::string("FEC packets of our senders, of SMPTE 2022-1 equipment, or by what comes: native, "
-                          "standard or auto ") +
-                  (format ? "[native]" : "[auto]"))
+    addChoice(
+        command, "--fec-format", format,
+        {{"auto", std::optional<FecFormat>()},
+         {"native", std::optional(FecFormat::native)},
+         {"standard", std::optional(FecFormat::standard)}},
+        "FEC packets of our senders, of SMPTE 2022-1 equipment, or by what comes: native, standard or auto "
+        "[auto]")
         ->type_name("FORMAT");
 }
 

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <map>
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -87,6 +88,9 @@ public:
             next = std::max(next, now - interval) + interval;
             tell();
         }
+        // What an FEC packet named may wait in the other socket.
+        chain_.breakOff();
+        readers_.runFor(20ms);
         const std::chrono::nanoseconds latency = meter_.takeLatency();
         chain_.finish();
         output_->finish();
@@ -101,7 +105,6 @@ public:
     ReceptionTotals totals() {
         return {.reception = meter_.figures(),
                 .repair = chain_.figures(),
-                .lostForGood = meter_.lostForGood(),
                 .tooLong = readers_.tooLong(),
                 .refused = output_->refused(),
                 .notTurned = intake_.leftOut(),
@@ -162,7 +165,8 @@ bool runReceive(const ReceiveOptions& options, mvn::log::ILogPerf& log) {
     const ReceptionTotals totals = receiving->totals();
     logFigures(log, totals.repair);
     if (!receiving->hasWholeReport()) throw std::runtime_error("not all JSON lines could be written");
-    return totals.lostForGood == 0;
+    if (const auto text = noMediaText(totals)) throw std::runtime_error(*text);
+    return totals.repair.stream.lostForGood == 0;
 }
 
 }  // namespace
@@ -205,7 +209,8 @@ void addReceiveCommand(CLI::App& app) {
     addModuleOption(*command, options->module);
     addLogOptions(*command, options->log, {rtpFecInPool});
     command->footer(
-        "It ends with status 3 when packets were lost for good.\n"
+        "It ends with status 3 when packets were lost for good, 1 when no media came but something else "
+        "did.\n"
         "Examples:\n"
         "  mvrtpfec receive --from 239.1.2.3:5004 udp://127.0.0.1:6000\n"
         "  mvrtpfec receive --from 0.0.0.0:5004 feed.ts --json figures.jsonl");

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "host/commands/commands.h"
 #include "host/io/output_file.h"
 #include "host/io/standard_error.h"
 #include "host/io/standard_output.h"
@@ -23,38 +24,70 @@ void writeJson(const nlohmann::ordered_json& json, const std::filesystem::path& 
 }  // namespace
 
 nlohmann::ordered_json toJson(const RepairFigures& figures) {
-    const RtpFecInTotals& receiver = figures.receiver;
-    nlohmann::ordered_json json{{"received", receiver.received},  {"lost", receiver.lost},
-                                {"rebuilt", receiver.rebuilt},    {"abandoned", receiver.abandoned},
-                                {"delivered", figures.delivered}, {"resets", receiver.resets},
+    const LedgerFigures& stream = figures.stream;
+    nlohmann::ordered_json json{{"received", figures.receiver.received},
+                                {"lost", stream.lost()},
+                                {"rebuilt", stream.rebuilt},
+                                {"lost_for_good", stream.lostForGood},
+                                {"longest_burst", stream.longestBurst},
+                                {"outages", stream.outages},
+                                {"restarts", stream.restarts},
+                                {"abandoned", figures.receiver.abandoned},
+                                {"delivered", figures.delivered},
+                                {"resets", figures.resets()},
                                 {"runts", figures.runts}};
     if (!figures.guard) return json;
     json.update({{"late", figures.guard->late},
                  {"repeated", figures.guard->repeated},
                  {"holes_skipped", figures.guard->holesSkipped},
                  {"fec_kept_back", figures.guard->fecKeptBack},
-                 {"foreign", figures.guard->foreign},
-                 {"restarts", figures.guard->restarts}});
+                 {"foreign", figures.guard->foreign}});
     return json;
 }
 
 void addRows(Table& table, const RepairFigures& figures) {
-    const RtpFecInTotals& receiver = figures.receiver;
-    table.emplace_back("received", std::to_string(receiver.received));
-    table.emplace_back("found missing", std::to_string(receiver.lost));
-    table.emplace_back("rebuilt", std::to_string(receiver.rebuilt));
-    table.emplace_back("abandoned", std::to_string(receiver.abandoned));
-    table.emplace_back("delivered", std::to_string(figures.delivered));
-    table.emplace_back("decoder resets", std::to_string(receiver.resets));
-    if (figures.runts > 0) table.emplace_back("runts left out", std::to_string(figures.runts));
+    const auto add = [&](const char* name, std::uint64_t count) {
+        table.emplace_back(name, std::to_string(count));
+    };
+    const auto addIfAny = [&](const char* name, std::uint64_t count) {
+        if (count > 0) add(name, count);
+    };
+    const LedgerFigures& stream = figures.stream;
+    add("received", figures.receiver.received);
+    add("lost", stream.lost());
+    add("rebuilt", stream.rebuilt);
+    add("lost for good", stream.lostForGood);
+    add("longest burst", stream.longestBurst);
+    addIfAny("outages", stream.outages);
+    addIfAny("source restarts", stream.restarts);
+    add("delivered", figures.delivered);
+    add("decoder resets", figures.resets());
+    addIfAny("runts left out", figures.runts);
     if (!figures.guard) return;
-    table.emplace_back("late", std::to_string(figures.guard->late));
-    table.emplace_back("repeated", std::to_string(figures.guard->repeated));
-    table.emplace_back("holes skipped", std::to_string(figures.guard->holesSkipped));
-    table.emplace_back("FEC kept back", std::to_string(figures.guard->fecKeptBack));
-    if (figures.guard->foreign > 0) table.emplace_back("foreign", std::to_string(figures.guard->foreign));
-    if (figures.guard->restarts > 0)
-        table.emplace_back("source restarts", std::to_string(figures.guard->restarts));
+    add("late", figures.guard->late);
+    add("repeated", figures.guard->repeated);
+    add("holes skipped", figures.guard->holesSkipped);
+    add("FEC kept back", figures.guard->fecKeptBack);
+    addIfAny("foreign", figures.guard->foreign);
+}
+
+nlohmann::ordered_json toJson(const FecFigures& fec) {
+    return {{"mode", modeText(fec)},
+            {"columns", fec.columns},
+            {"rows", fec.rows},
+            {"fec_packets", fec.packets},
+            {"fec_missing_packets", fec.missing}};
+}
+
+void addRows(Table& table, const FecFigures& fec) {
+    table.emplace_back("matrix", fec.packets == 0 ? "unknown" : matrixText(fec));
+    table.emplace_back("mode", modeText(fec));
+    table.emplace_back("FEC packets", std::to_string(fec.packets));
+    table.emplace_back("FEC missing", std::to_string(fec.missing));
+}
+
+void requireWhole(const RepairFigures& figures) {
+    if (figures.stream.lostForGood > 0) throw LossError("packets were lost for good");
 }
 
 void logFigures(mvn::log::ILogger& log, const RepairFigures& figures) {
@@ -65,7 +98,7 @@ void logFigures(mvn::log::ILogger& log, const RepairFigures& figures) {
         if (!line.empty()) line += ", ";
         line += name + ' ' + count;
     }
-    log.Log(figures.receiver.abandoned > 0 ? 1 : 2, "%s", line.c_str());
+    log.Log(figures.stream.lostForGood > 0 ? 1 : 2, "%s", line.c_str());
 }
 
 void addSourceRows(Table& table, PacketSource& source) {

@@ -7,6 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/interop/fec_watch.h"
 #include "host/io/packet_source.h"
 #include "host/stages/repair_chain.h"
 #include "mvrtpfec/log_perf.h"
@@ -18,6 +19,9 @@ using Table = std::vector<std::pair<std::string, std::string>>;
 
 nlohmann::ordered_json toJson(const RepairFigures& figures);
 void addRows(Table& table, const RepairFigures& figures);
+/// What the FEC packets that came tell of their sender.
+nlohmann::ordered_json toJson(const FecFigures& fec);
+void addRows(Table& table, const FecFigures& fec);
 /// What the source had to leave out, if anything.
 void addSourceRows(Table& table, PacketSource& source);
 
@@ -29,6 +33,9 @@ void tellSkipped(SkippedBytes* skipped, mvn::log::ILogger* log);
 
 /// The same in one line, a warning when packets are lost for good.
 void logFigures(mvn::log::ILogger& log, const RepairFigures& figures);
+
+/// Throws LossError when packets are missing in what was delivered.
+void requireWhole(const RepairFigures& figures);
 
 /// Prints the table, on standard error where the JSON has standard output for itself, and writes the
 /// JSON object where `path` says ("" nowhere, "-" standard output). Throws FileError.

@@ -47,7 +47,8 @@ struct SimulateFigures {
     bool whole = false;
     std::uint64_t skippedBytes = 0;  ///< of a transport stream, which belong to no packet
 
-    std::int64_t missing() const { return static_cast<std::int64_t>(sent - repair.delivered); }
+    /// Of those sent; some may have been delivered twice.
+    std::uint64_t missing() const { return repair.stream.lostForGood; }
 };
 
 /// Sender, channel and receiver in one graph; the output, if any, gets the repaired stream.
@@ -75,6 +76,7 @@ SimulateFigures simulateStream(PacketSource& source, RepairedOutput* output, con
         moment.addressing = *source.addressing();
         if (media.port != StreamPort::media || !viewOf(media.payload).isValid()) continue;
         history.add(viewOf(media.payload));
+        receiver.expect(viewOf(media.payload));
         sender.push(viewOf(media.payload));
     }
     requireMedia(history.sent(), source, options.in, options.port);
@@ -135,6 +137,9 @@ void runSimulate(const SimulateOptions& options, mvn::log::ILogPerf& log) {
     tellSkipped(source->skipped(), &log);
     logFigures(log, figures.repair);
     report(options, figures, *source);
+    requireWhole(figures.repair);
+    if (figures.mismatched > 0)
+        throw LossError("packets were lost for good: wrong ones came out in their place");
 }
 
 }  // namespace
@@ -153,6 +158,7 @@ void addSimulateCommand(CLI::App& app) {
     addModuleOption(*command, options->module);
     addLogOptions(*command, options->log, {rtpFecInPool});
     command->footer(
+        "It ends with status 3 when packets were lost for good.\n"
         "Examples:\n"
         "  mvrtpfec simulate --mode both --columns 10 --rows 10 --loss 0.03\n"
         "  mvrtpfec simulate movie.ts --mode row --columns 8 --rows 4 --burst 5 --seed 7 --output out.ts");

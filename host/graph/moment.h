@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 
 #include "host/io/frame_template.h"
 
@@ -10,6 +11,7 @@ namespace mvrtpfec {
 struct Moment {
     std::chrono::nanoseconds time{0};              ///< of the datagram, as Datagram::time
     FrameTemplate addressing{LinkType::ethernet};  ///< of the source's stream
+    std::uint64_t arrivals = 0;                    ///< media packets that had come by then
 };
 
 }  // namespace mvrtpfec

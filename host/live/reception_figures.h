@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,22 +15,16 @@ namespace mvrtpfec {
 struct ReceptionTotals {
     ReceptionFigures reception;
     RepairFigures repair;
-    std::uint64_t lostForGood = 0;  ///< media packets missing in the output
-    std::uint64_t tooLong = 0;      ///< datagrams
-    std::uint64_t refused = 0;      ///< datagrams of the output that the system did not send
-    std::uint64_t notTurned = 0;    ///< standard FEC packets that could not be turned into ours
-    std::uint64_t overrun = 0;      ///< datagrams that the system dropped because nobody read them in time
-
-    /// Most media packets missing in a row; without a guard overtaken ones count.
-    std::uint64_t longestBurst() const {
-        return repair.guard ? repair.guard->longestHole : reception.longestGap;
-    }
-    /// Times that the source began anew: as the guard judges, which a stray packet doesn't deceive.
-    std::uint64_t restarts() const { return repair.guard ? repair.guard->restarts : reception.restarts; }
+    /// Datagrams that are neither media nor FEC.
+    std::uint64_t foreign() const;
+    std::uint64_t tooLong = 0;    ///< datagrams
+    std::uint64_t refused = 0;    ///< datagrams of the output that the system did not send
+    std::uint64_t notTurned = 0;  ///< standard FEC packets that could not be turned into ours
+    std::uint64_t overrun = 0;    ///< datagrams that the system dropped because nobody read them in time
 };
 
-/// The matrix as learnt: "10 x 10", "L 10" of rows alone, "no FEC yet".
-std::string matrixText(const ReceptionFigures& reception);
+/// What comes instead of media, when that is all that comes.
+std::optional<std::string> noMediaText(const ReceptionTotals& totals);
 
 /// One of them under the name it has outside, whose end is its unit.
 struct Counter {

@@ -29,18 +29,24 @@ double seconds(SteadyTime::duration time) {
 
 void ReceptionLog::note(const ReceptionTotals& totals, SteadyTime now) {
     static_assert(texts.size() == eventCount);
-    noteMatrix(totals.reception, now);
+    noteForeign(totals);
+    noteMatrix(totals.reception.fec, now);
     noteSilence(totals.reception.media, now);
-    noteCount(restarts, totals.restarts(), 1, now);
-    noteCount(losses, totals.lostForGood, 1, now);
+    noteCount(restarts, totals.repair.stream.restarts, 1, now);
+    noteCount(losses, totals.repair.stream.lostForGood, 1, now);
     if (totals.repair.guard) noteCount(repeats, totals.repair.guard->repeated, manyRepeats, now);
     noteCount(overruns, totals.overrun, 1, now);
     noteCount(refusals, totals.refused, 1, now);
 }
 
-void ReceptionLog::noteMatrix(const ReceptionFigures& reception, SteadyTime now) {
-    if (reception.columns == 0) return;
-    const std::string matrix = matrixText(reception);
+void ReceptionLog::noteForeign(const ReceptionTotals& totals) {
+    const auto text = noMediaText(totals);
+    if (text && !std::exchange(isForeignTold_, true)) log_.Log(1, "%s", text->c_str());
+}
+
+void ReceptionLog::noteMatrix(const FecFigures& fec, SteadyTime now) {
+    if (fec.columns == 0) return;
+    const std::string matrix = matrixText(fec);
     // The rows alone are heard first.
     if (std::exchange(seenMatrix_, matrix) != matrix) return;
     if (matrix == matrix_ || (matrixTold_ && now - *matrixTold_ < untilToldAgain)) return;

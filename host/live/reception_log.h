@@ -22,7 +22,8 @@ public:
 private:
     enum Event { restarts, losses, repeats, overruns, refusals, eventCount };
 
-    void noteMatrix(const ReceptionFigures& reception, SteadyTime now);
+    void noteForeign(const ReceptionTotals& totals);
+    void noteMatrix(const FecFigures& fec, SteadyTime now);
     void noteSilence(std::uint64_t media, SteadyTime now);
     void noteCount(Event event, std::uint64_t count, std::uint64_t least, SteadyTime now);
 
@@ -39,6 +40,7 @@ private:
     std::uint64_t media_ = 0;
     std::optional<SteadyTime> newest_;  ///< when media came last
     bool isSilent_ = false;
+    bool isForeignTold_ = false;
 };
 
 }  // namespace mvrtpfec

@@ -25,12 +25,12 @@ std::string metricsText(const ReceptionTotals& totals, std::chrono::nanoseconds 
     };
     for (const Counter& counter : countersOf(totals))
         add(fmt::format("{}_total", counter.name), counter.meaning, "counter", counter.value);
-    const ReceptionFigures& reception = totals.reception;
+    const FecFigures& fec = totals.reception.fec;
     add("longest_burst_packets", "Most media packets missing in a row since the start", "gauge",
-        totals.longestBurst());
-    add("columns", "Columns of the matrix, 0 while unknown", "gauge", int{reception.columns});
-    add("rows", "Rows of the matrix, 0 while unknown", "gauge", int{reception.rows});
-    add("jitter_seconds", "Interarrival jitter", "gauge", seconds(reception.jitter));
+        totals.repair.stream.longestBurst);
+    add("columns", "Columns of the matrix, 0 while unknown", "gauge", int{fec.columns});
+    add("rows", "Rows of the matrix, 0 while unknown", "gauge", int{fec.rows});
+    add("jitter_seconds", "Interarrival jitter", "gauge", seconds(totals.reception.jitter));
     add("longest_latency_seconds", "Longest time from arrival to delivery in the last interval", "gauge",
         seconds(latency));
     return text;

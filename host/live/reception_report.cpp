@@ -52,19 +52,23 @@ void ReceptionReport::tell(const Look& now, std::chrono::nanoseconds latency,
 
 void ReceptionReport::tellPersonOf(const Look& now, std::chrono::nanoseconds latency,
                                    std::chrono::milliseconds patience) const {
-    const ReceptionFigures& reception = now.totals.reception;
-    const double bits = 8.0 * static_cast<double>(reception.mediaBytes - told_.totals.reception.mediaBytes);
-    const RtpFecInTotals& receiver = now.totals.repair.receiver;
-    const std::string text = fmt::format(
-        "{:.3f} Mbit/s, {}, latency {:.0f} ms, received {}, lost {}, rebuilt {}, lost for good {}, FEC "
-        "missing {}, longest burst {}, jitter {:.1f} ms",
-        bits / secondsBetween(told_.time, now.time) / 1e6, matrixText(reception), milliseconds(latency),
-        reception.media, receiver.lost, receiver.rebuilt, now.totals.lostForGood, reception.fecMissing,
-        now.totals.longestBurst(), milliseconds(reception.jitter));
+    const std::string text = noMediaText(now.totals).value_or(lineOf(now, latency));
     if (isTerminal_)
         showStatus(text, patience);
     else
         tellPerson(text + "\n", patience);
+}
+
+std::string ReceptionReport::lineOf(const Look& now, std::chrono::nanoseconds latency) const {
+    const ReceptionFigures& reception = now.totals.reception;
+    const double bits = 8.0 * static_cast<double>(reception.mediaBytes - told_.totals.reception.mediaBytes);
+    const LedgerFigures& stream = now.totals.repair.stream;
+    return fmt::format(
+        "{:.3f} Mbit/s, {}, latency {:.0f} ms, received {}, lost {}, rebuilt {}, lost for good {}, FEC "
+        "missing {}, longest burst {}, jitter {:.1f} ms",
+        bits / secondsBetween(told_.time, now.time) / 1e6, matrixText(reception.fec), milliseconds(latency),
+        reception.media, stream.lost(), stream.rebuilt, stream.lostForGood, reception.fec.missing,
+        stream.longestBurst, milliseconds(reception.jitter));
 }
 
 std::string ReceptionReport::jsonOf(const Look& now) const {
@@ -77,9 +81,9 @@ std::string ReceptionReport::jsonOf(const Look& now) const {
         line["total"][name] = counters[i].value;
     }
     line["interval"]["longest_latency_ms"] = milliseconds(latency_);
-    line["longest_burst_packets"] = now.totals.longestBurst();
-    line["columns"] = now.totals.reception.columns;
-    line["rows"] = now.totals.reception.rows;
+    line["longest_burst_packets"] = now.totals.repair.stream.longestBurst;
+    line["columns"] = now.totals.reception.fec.columns;
+    line["rows"] = now.totals.reception.fec.rows;
     line["jitter_ms"] = milliseconds(now.totals.reception.jitter);
     return line.dump() + "\n";
 }

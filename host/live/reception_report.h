@@ -38,6 +38,7 @@ private:
     void tell(const Look& now, std::chrono::nanoseconds latency, std::chrono::milliseconds patience);
     void tellPersonOf(const Look& now, std::chrono::nanoseconds latency,
                       std::chrono::milliseconds patience) const;
+    std::string lineOf(const Look& now, std::chrono::nanoseconds latency) const;
     std::string jsonOf(const Look& now) const;
 
     JsonLines json_;

@@ -4,8 +4,8 @@
 #include <chrono>
 #include <cmath>
 
+#include "core/same_run.h"
 #include "core/serial_distance.h"
-#include "host/io/same_run.h"
 
 namespace mvrtpfec {
 

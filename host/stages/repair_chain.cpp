@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "core/fec_packet.h"
+#include "core/same_run.h"
 #include "core/serial_distance.h"
-#include "host/io/same_run.h"
 
 namespace mvrtpfec {
 
@@ -14,12 +14,20 @@ namespace {
 
 /// The widest window the decoder can learn holds fewer.
 constexpr std::uint32_t maxPadding = 65535;
+/// What comes late makes an unguarded decoder go back.
+constexpr int unguardedSlack = sameRun;
 
 }  // namespace
+
+std::uint64_t RepairFigures::resets() const {
+    if (!guard) return receiver.resets;
+    return std::min(receiver.resets - std::min(receiver.resets, guard->renewals), guard->matrixChanges);
+}
 
 RepairChain::RepairChain(FilterGraph& graph, const std::optional<GuardSettings>& guard,
                          mvn::log::ILogPerf& log, Output output)
     : output_(std::move(output)),
+      ledger_(guard ? 0 : unguardedSlack),
       receiver_(graph, log,
                 [this](ConstRtpPacketView packet, const Moment& moment) { deliver(packet, moment); }) {
     if (!guard) return;
@@ -35,7 +43,9 @@ void RepairChain::push(StreamPort port, std::span<const std::uint8_t> datagram, 
 }
 
 void RepairChain::push(StreamPort port, std::unique_ptr<RtpPacket> packet, const Moment& moment) {
+    const std::uint64_t arrivals = now_.arrivals;
     now_ = moment;
+    now_.arrivals = arrivals;
     if (packet->view.length < rtpHeaderSize) {
         ++runts_;
         return;
@@ -43,7 +53,17 @@ void RepairChain::push(StreamPort port, std::unique_ptr<RtpPacket> packet, const
     const auto input = static_cast<std::size_t>(port);
     if (packet->view.payloadType() == mediaPayloadType) mediaInput_ = input;
     note(packet->view);
+    account(packet->view);
     feed(input, std::move(packet));
+}
+
+void RepairChain::account(ConstRtpPacketView packet) {
+    constexpr std::uint8_t versionBits = 0xc0;
+    if ((packet.data[0] & versionBits) != versionTwo) return;
+    if (packet.payloadType() == mediaPayloadType)
+        now_.arrivals = ledger_.arrive(packet);
+    else if (!isBrokenOff_ && packet.payloadType() == fecPayloadType && packet.length >= fecPayloadOffset)
+        ledger_.name(packet);
 }
 
 void RepairChain::passTime(std::chrono::steady_clock::time_point now) {
@@ -87,7 +107,11 @@ void RepairChain::noteFec(ConstRtpPacketView fec) {
 void RepairChain::finish() {
     if (guard_) guard_->flush();
     receiver_.waitUntilIdle();
-    if (!newest_) return;
+    if (newest_) pushOut();
+    ledger_.finish();
+}
+
+void RepairChain::pushOut() {
     firstPadding_ = static_cast<std::uint16_t>(*newest_ + 1);
     // Where the first padding packet waits behind a hole the receiver gives it up; a second one then
     // takes its place, and without a hole it is the second that goes.
@@ -118,12 +142,13 @@ void RepairChain::deliver(ConstRtpPacketView packet, const Moment& moment) {
         drained_ = true;
         return;
     }
+    ledger_.deliver(packet, moment.arrivals);
     ++delivered_;
     output_(packet, moment);
 }
 
 RepairFigures RepairChain::figures() const {
-    RepairFigures figures{receiver_.totals(), delivered_, runts_, std::nullopt};
+    RepairFigures figures{receiver_.totals(), delivered_, runts_, std::nullopt, ledger_.figures()};
     if (guard_) figures.guard = guard_->figures();
     const std::uint64_t ours = paddingPushed_ + (figures.guard ? figures.guard->refed : 0);
     figures.receiver.received -= std::min(figures.receiver.received, ours);

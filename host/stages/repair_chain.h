@@ -9,16 +9,21 @@
 
 #include "core/rtp_packet.h"
 #include "guard/packet_guard.h"
+#include "guard/packet_ledger.h"
 #include "host/graph/receiver_branch.h"
 #include "host/io/datagram.h"
 
 namespace mvrtpfec {
 
 struct RepairFigures {
-    RtpFecInTotals receiver;
+    RtpFecInTotals receiver;      ///< as the filter counts; what the program tells of losses is in `stream`
     std::uint64_t delivered = 0;  ///< media packets given to the output
     std::uint64_t runts = 0;      ///< datagrams too short for an RTP header, left out
     std::optional<GuardFigures> guard;
+    LedgerFigures stream;  ///< settled as packets are delivered, all of it at the end
+
+    /// Decoders replaced, but for those that the guard had replaced or that met more losses than they hold.
+    std::uint64_t resets() const;
 };
 
 /// A stream, of a file or live, through the receiver of a graph, with or without the packet guard in front.
@@ -38,29 +43,37 @@ public:
     void push(StreamPort port, std::span<const std::uint8_t> datagram, const Moment& moment);
     /// The same without a copy.
     void push(StreamPort port, std::unique_ptr<RtpPacket> packet, const Moment& moment);
+    /// As PacketLedger::expect.
+    void expect(ConstRtpPacketView media) { ledger_.expect(media); }
     /// As PacketGuard::passTime; what becomes free by it leaves with the latest push's moment.
     void passTime(std::chrono::steady_clock::time_point now);
+    /// The stream goes on without us: what FEC packets name from now on isn't lost.
+    void breakOff() { isBrokenOff_ = true; }
     void finish();
     /// At any time; exact after finish().
     RepairFigures figures() const;
 
 private:
     void note(ConstRtpPacketView packet);
+    void account(ConstRtpPacketView packet);
     void noteMedia(ConstRtpPacketView media);
     void noteFec(ConstRtpPacketView fec);
     void deliver(ConstRtpPacketView packet, const Moment& moment);
     void feed(std::size_t input, std::unique_ptr<RtpPacket> packet);
+    void pushOut();
     void pad(std::uint32_t index);
     std::unique_ptr<RtpPacket> makePadding(std::uint16_t number) const;
     bool isPadding(ConstRtpPacketView packet) const;
 
     Output output_;
     Moment now_;  ///< of the latest push
+    PacketLedger ledger_;
 
     std::size_t mediaInput_ = 0;
     std::optional<std::uint16_t> newest_;  ///< highest media number seen, or named by an FEC packet
     std::optional<std::uint16_t> behind_;  ///< a number behind the newest, seen last
     std::uint32_t ssrc_ = 0;
+    bool isBrokenOff_ = false;
 
     std::uint32_t paddingPushed_ = 0;
     std::uint64_t runts_ = 0;

@@ -34,7 +34,9 @@ struct GuardFigures {
     std::uint64_t fecKeptBack = 0;
     std::uint64_t foreign = 0;  ///< no valid media or FEC packet, or a stray one of another source
     std::uint64_t restarts = 0;
-    std::uint64_t refed = 0;  ///< media packets given to the receiver twice, at a wrap
+    std::uint64_t refed = 0;          ///< media packets given to the receiver twice, at a wrap
+    std::uint64_t renewals = 0;       ///< decoders that the receiver was made to replace
+    std::uint64_t matrixChanges = 0;  ///< within a run, each of which has a decoder replaced
 };
 
 /// Orders the packets of one protected stream and gives the receiver what it repairs well: without losing the

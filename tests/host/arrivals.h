@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <vector>
 
 #include "core/fec_composer.h"
@@ -28,5 +29,14 @@ Arrivals protectedStream(std::uint16_t first, std::size_t count, const MatrixCon
 
 /// What a lossy network leaves of it.
 Arrivals throughChannel(const Arrivals& sent, const ChannelConfig& config);
+
+/// What came of streams that lose packets, restart, wrap and fall silent for thousands of packets, and what
+/// was sent, each packet with a timestamp of its own. The first and last packets of each run have come.
+struct Story {
+    Arrivals arrivals;
+    std::set<std::uint32_t> sent;
+    std::set<std::uint32_t> came;
+};
+Story randomStory(std::uint32_t seed);
 
 }  // namespace mvrtpfec

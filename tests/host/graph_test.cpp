@@ -3,6 +3,7 @@
 #include <future>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -147,6 +148,38 @@ TEST(Graph, RepairsPacketForPacketAsOneThreadDoes) {
                 EXPECT_EQ(actual.figures, expected.figures);
                 EXPECT_TRUE(actual.packets == expected.packets);
             }
+        }
+}
+
+TEST(Graph, TellsWhatIsMissingAndWhatWasRebuilt) {
+    for (std::uint32_t seed = 1; seed <= 8; ++seed)
+        for (const bool guarded : {false, true}) {
+            SCOPED_TRACE(std::to_string(seed) + (guarded ? " guarded" : ""));
+            const Story story = randomStory(seed);
+            std::set<std::uint32_t> delivered;
+            mvn::log::DummyLogPerf log;
+            FilterGraph graph;
+            RepairChain chain(graph, guarded ? std::optional(GuardSettings{}) : std::nullopt, log,
+                              [&](ConstRtpPacketView packet, const Moment&) {
+                                  // Without the guard some are rebuilt wrong.
+                                  if (story.sent.contains(packet.timestamp()))
+                                      delivered.insert(packet.timestamp());
+                              });
+            graph.run();
+            for (const Arrival& arrival : story.arrivals) chain.push(arrival.port, arrival.bytes, {});
+            chain.finish();
+            const RepairFigures figures = chain.figures();
+            std::uint64_t lost = 0;
+            std::uint64_t rebuilt = 0;
+            for (const std::uint32_t packet : story.sent) {
+                if (!story.came.contains(packet) || !delivered.contains(packet)) ++lost;
+                if (!story.came.contains(packet) && delivered.contains(packet)) ++rebuilt;
+            }
+            EXPECT_EQ(figures.stream.lost(), lost);
+            // Without it some are rebuilt wrong.
+            EXPECT_TRUE(!guarded || figures.stream.rebuilt == rebuilt) << figures.stream.rebuilt << rebuilt;
+            EXPECT_EQ(figures.stream.restarts, 2U);
+            EXPECT_TRUE(!guarded || figures.resets() == 0) << figures.resets();
         }
 }
 

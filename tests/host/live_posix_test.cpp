@@ -75,6 +75,7 @@ TEST_F(LiveChainTest, AStreamComesThroughALossyRelayWhole) {
     const std::string text(lines.begin(), lines.end());
     const auto last = nlohmann::json::parse(text.substr(text.rfind('\n', text.size() - 2) + 1));
     EXPECT_GT(last["total"]["rebuilt_packets"], 0);
+    EXPECT_EQ(last["total"]["lost_packets"], last["total"]["rebuilt_packets"]);
     EXPECT_EQ(last["total"]["delivered_packets"], 1140);
 }
 

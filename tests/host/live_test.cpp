@@ -3,7 +3,7 @@
 #include <chrono>
 #include <cstdarg>
 #include <cstdio>
-#include <initializer_list>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -17,6 +17,8 @@
 
 #include "core/fec_composer.h"
 #include "core/fec_packet.h"
+#include "guard/control_packets.h"
+#include "guard/packet_ledger.h"
 #include "host/graph/sent_numbers.h"
 #include "host/live/delay_line.h"
 #include "host/live/file_media_input.h"
@@ -51,43 +53,87 @@ std::unique_ptr<RtpPacket> media(std::uint16_t number, std::uint32_t timestamp, 
     return std::make_unique<RtpPacket>(bytes.data(), bytes.size());
 }
 
-TEST(ReceptionMeterTest, CountsGapsRestartsAndForeignPackets) {
+TEST(ReceptionMeterTest, CountsWhatComesAndMeasuresLatency) {
     auto meter = std::make_unique<ReceptionMeter>();
-    SteadyTime now = SteadyTime{} + 1h;
-    const auto arrive = [&](std::uint16_t number, std::uint32_t ssrc = 1) {
-        now += 1ms;
-        return meter->arrive(media(number, number * 90U, ssrc)->view, now);
-    };
-    for (const std::uint16_t number : std::initializer_list<std::uint16_t>{65533, 65534, 2, 0, 3})
-        EXPECT_TRUE(arrive(number));
-    EXPECT_EQ(meter->figures().longestGap, 3U) << "65535 to 1";
-    EXPECT_EQ(meter->figures().restarts, 0U);
-    arrive(20'000);
-    arrive(20'001, 2);
-    EXPECT_EQ(meter->figures().restarts, 2U);
-    EXPECT_EQ(meter->figures().longestGap, 3U);
-    EXPECT_EQ(meter->figures().media, 7U);
-    Bytes report(28, 0);
-    report[0] = 0x80;
-    report[1] = 200;
-    EXPECT_FALSE(meter->arrive(viewOf(report), now));
-    EXPECT_EQ(meter->figures().foreign, 1U);
+    const SteadyTime now = SteadyTime{} + 1h;
+    EXPECT_TRUE(meter->arrive(media(20'001, 0)->view, now));
+    // A report, and RTP of a payload type that might be FEC's: a picture.
+    Bytes other(60, 0x47);
+    other[0] = 0x80;
+    for (const std::uint8_t type : {std::uint8_t{200}, fecPayloadType}) {
+        other[1] = type;
+        EXPECT_FALSE(meter->arrive(viewOf(other), now));
+    }
+    EXPECT_EQ(meter->figures().media, 1U);
+    EXPECT_EQ(meter->figures().foreign, 2U);
+    EXPECT_EQ(meter->figures().foreignPayloadType, fecPayloadType);
+    EXPECT_EQ(matrixText(meter->figures().fec), "no FEC yet");
     meter->deliver(media(20'001, 0)->view, now + 40ms);
     meter->deliver(media(19'999, 0)->view, now + 90ms);  // rebuilt, it never arrived
     EXPECT_EQ(meter->takeLatency(), 40ms);
     EXPECT_EQ(meter->takeLatency(), 0ms);
-    EXPECT_EQ(meter->lostForGood(), 0U) << "a number behind is another run";
-    for (const std::uint16_t number : std::initializer_list<std::uint16_t>{20'000, 20'003, 40'000, 39'000})
-        meter->deliver(media(number, 0)->view, now);
-    EXPECT_EQ(meter->lostForGood(), 2U);
-    // An outage of seconds is a loss when the timestamps say so; another source isn't.
-    for (std::uint16_t number = 0; number < 300; ++number)
-        meter->deliver(media(number, number * 90U)->view, now);
-    meter->deliver(media(5300, 5300 * 90U)->view, now);
-    EXPECT_EQ(meter->lostForGood(), 2U + 5000U);
-    meter->deliver(media(5700, 5700 * 90U, 2)->view, now);
-    meter->deliver(media(10'000, 7, 2)->view, now);
-    EXPECT_EQ(meter->lostForGood(), 2U + 5000U);
+}
+
+/// A stream of packets 90 ticks long each, and what its ledger says at the end.
+struct Ledger {
+    /// Rebuilt, lost for good, longest burst, outages, restarts.
+    using Account = std::array<std::uint64_t, 5>;
+
+    static std::unique_ptr<RtpPacket> packet(std::uint32_t index, std::uint32_t ssrc = 1,
+                                             std::uint32_t jump = 0) {
+        return media(static_cast<std::uint16_t>(index + jump), index * 90, ssrc);
+    }
+    void come(std::uint32_t index) { came = ledger.arrive(packet(index)->view); }
+    void goOut(std::uint32_t index) { ledger.deliver(packet(index)->view, came); }
+    void run(std::uint32_t from, std::uint32_t to, std::uint32_t ssrc = 1, std::uint32_t jump = 0) {
+        for (; from < to; ++from) {
+            came = ledger.arrive(packet(from, ssrc, jump)->view);
+            ledger.deliver(packet(from, ssrc, jump)->view, came);
+        }
+    }
+    void nameRow(std::uint16_t base, std::uint8_t count) {
+        const auto fec = makeTeacher(FecKind::row, {.columns = count}, base);
+        writeBigEndian32(fec->view.data + 4, (65'536U + base) * 90);
+        ledger.name(fec->view);
+    }
+    Account end() {
+        ledger.finish();
+        const LedgerFigures f = ledger.figures();
+        EXPECT_EQ(f.lost(), f.rebuilt + f.lostForGood);
+        return {f.rebuilt, f.lostForGood, f.longestBurst, f.outages, f.restarts};
+    }
+
+    PacketLedger ledger{0};
+    std::uint64_t came = 0;
+};
+
+TEST(PacketLedgerTest, TellsLossesFromRestartsAndJumps) {
+    const auto after = [](const std::function<void(Ledger&)>& story) {
+        Ledger stream;
+        stream.run(65'000, 66'000);
+        story(stream);
+        return stream.end();
+    };
+    using Account = Ledger::Account;
+    EXPECT_EQ(after([](Ledger&) {}), Account());
+    EXPECT_EQ(after([](Ledger& s) { s.come(66'002), s.goOut(66'000), s.goOut(66'002); }), (Account{1, 1, 2}));
+    EXPECT_EQ(after([](Ledger& s) { s.come(66'001), s.goOut(66'000), s.come(66'000), s.goOut(66'001); }),
+              (Account{1, 0, 1}))
+        << "it came too late";
+    EXPECT_EQ(after([](Ledger& s) { s.come(66'000), s.run(66'001, 66'010); }), (Account{0, 1, 1}))
+        << "held back";
+    EXPECT_EQ(after([](Ledger& s) { s.run(68'000, 68'100); }), (Account{0, 2000, 2000, 1}));
+    EXPECT_EQ(after([](Ledger& s) { s.run(166'000, 166'100); }), (Account{0, 100'000, 100'000, 1}))
+        << "more than a cycle of numbers";
+    EXPECT_EQ(after([](Ledger& s) { s.run(66'000, 66'100, 1, 2000); }), (Account{0, 0, 0, 0, 1})) << "a jump";
+    EXPECT_EQ(after([](Ledger& s) { s.run(66'500, 66'600, 2); }), (Account{0, 0, 0, 0, 1}))
+        << "another source";
+    EXPECT_EQ(after([](Ledger& s) { s.run(70'000, 70'001), s.run(66'000, 66'100); }), Account()) << "a stray";
+    EXPECT_EQ(after([](Ledger& s) { s.run(66'000, 66'100), s.run(66'050, 66'100); }), Account())
+        << "repeated";
+    EXPECT_EQ(after([](Ledger& s) { s.nameRow(66'000 % 65'536 - 2, 5); }), (Account{0, 3, 3}))
+        << "the very end";
+    EXPECT_EQ(after([](Ledger& s) { s.nameRow(66'000 % 65'536 - 2, 5), s.run(66'000, 66'100); }), Account());
 }
 
 /// Keeps the lines.
@@ -119,15 +165,21 @@ TEST(ReceptionLogTest, TellsOnceAndNotTooOften) {
         return lines.take();
     };
     EXPECT_EQ(note(100s), Expected()) << "nothing has come yet";
+    totals.reception.foreign = 7;
+    totals.reception.foreignPayloadType = 96;
+    const Expected foreign{
+        "1 no media come, but 7 other datagrams (RTP of payload type 96, a transport stream has 33)"};
+    EXPECT_EQ(note(1s), foreign);
+    EXPECT_EQ(note(1s), Expected());
     ++totals.reception.media;
-    totals.reception.columns = totals.reception.rows = 5;
+    totals.reception.fec.columns = totals.reception.fec.rows = 5;
     EXPECT_EQ(note(1s), Expected()) << "it may not be the whole matrix yet";
     EXPECT_EQ(note(0s), Expected{"2 the matrix is 5 x 5"});
-    totals.reception.restarts = 1;
+    totals.repair.stream.restarts = 1;
     ++totals.reception.media;
     EXPECT_EQ(note(1s), Expected{"1 the source began anew: 1, 1 in all"});
-    totals.reception.restarts = 300;
-    totals.reception.columns = 10;
+    totals.repair.stream.restarts = 300;
+    totals.reception.fec.columns = 10;
     ++totals.reception.media;
     EXPECT_EQ(note(1s), Expected());
     EXPECT_EQ(note(0s), Expected{"2 the matrix is 10 x 5, it was 5 x 5"});
@@ -140,11 +192,10 @@ TEST(ReceptionLogTest, TellsOnceAndNotTooOften) {
     EXPECT_EQ(note(30s), Expected());
     ++totals.reception.media;
     totals.repair.guard.emplace();
-    totals.repair.guard->restarts = 300;
     totals.repair.guard->repeated = 99;
     EXPECT_EQ(note(1s), Expected{"1 media come again after 33 s"});
     totals.repair.guard->repeated = 100;
-    totals.lostForGood = 2;
+    totals.repair.stream.lostForGood = 2;
     ++totals.reception.media;
     EXPECT_EQ(note(1s), (Expected{"1 media packets were lost for good: 2, 2 in all",
                                   "1 packets came twice: 100, 100 in all"}));

@@ -22,12 +22,12 @@ TEST_F(LogOptionsTest, RunsFollowEachOtherInTheLogAndTheFiguresHaveTheReceiversB
     ASSERT_EQ(run("repair fec.pcap out.ts --log run.log --stats-csv run.csv").status, 0);
     EXPECT_EQ(run("repair none.pcap out.ts --log run.log --log-level error").status, 1);
     const std::string time = R"(\w{3} \w{3} [ \d]\d \d\d:\d\d:\d\d\.\d{3} )";
-    const std::regex expected("\\[Level 2\\] " + time + "protection of in.ts begins\n\\[Level 2\\] " + time +
-                              "protection of in.ts ends\n\\[Level 2\\] " + time +
-                              "repair of fec.pcap begins\n\\[Level 2\\] " + time +
-                              "received 1140, found missing 0, .*\n\\[Level 2\\] " + time +
-                              "repair of fec.pcap ends\n\\[Level 0\\] " + time +
-                              "repair of none.pcap ends: none.pcap: cannot open: .*\n");
+    const std::regex expected(
+        "\\[Level 2\\] " + time + "protection of in.ts begins\n\\[Level 2\\] " + time +
+        "protection of in.ts ends\n\\[Level 2\\] " + time + "repair of fec.pcap begins\n\\[Level 2\\] " +
+        time + "the FEC packets are ours\n\\[Level 2\\] " + time +
+        "received 1140, lost 0, .*\n\\[Level 2\\] " + time + "repair of fec.pcap ends\n\\[Level 0\\] " +
+        time + "repair of none.pcap ends: none.pcap: cannot open: .*\n");
     EXPECT_TRUE(std::regex_match(text("run.log"), expected)) << text("run.log");
     // However short the run: the names, and at least one line of as many figures.
     EXPECT_TRUE(std::regex_match(
@@ -54,7 +54,7 @@ TEST_F(LogOptionsTest, ASyslogServerGetsTheMessages) {
     const std::string target = fmt::format("127.0.0.1:{}", server.firstPort());
     ASSERT_EQ(run("repair fec.pcap out.ts --log syslog:" + target).status, 0);
     const auto lines = server.datagrams(0);
-    ASSERT_EQ(lines.size(), 3U);
+    ASSERT_EQ(lines.size(), 4U);
     const std::string first(lines[0].begin(), lines[0].end() - 1);
     EXPECT_TRUE(std::regex_match(
         first, std::regex(R"(<134>\w{3} \d\d \d\d:\d\d:\d\d mvrtpfec 0000 repair of fec.pcap begins)")))

@@ -107,8 +107,8 @@ TEST_F(TextServerTest, ATakenPortIsAnError) {
 TEST(MetricsTextTest, IsWhatPrometheusReads) {
     ReceptionTotals totals;
     totals.reception.media = 12345678901;
-    totals.reception.columns = 10;
-    totals.repair.receiver.rebuilt = 7;
+    totals.reception.fec.columns = 10;
+    totals.repair.stream.rebuilt = 7;
     totals.reception.jitter = std::chrono::microseconds(1500);
     const std::string text = metricsText(totals, std::chrono::milliseconds(250));
     const std::regex block(

@@ -178,7 +178,7 @@ void Repair::deliver(ConstRtpPacketView packet) {
 }
 
 RepairFigures Repair::figures() const {
-    RepairFigures figures{receiver_.totals(), delivered_, runts_, std::nullopt};
+    RepairFigures figures{receiver_.totals(), delivered_, runts_, std::nullopt, {}};
     if (guard_) figures.guard = guard_->figures();
     const std::uint64_t ours = paddingPushed_ + (figures.guard ? figures.guard->refed : 0);
     figures.receiver.received -= std::min(figures.receiver.received, ours);

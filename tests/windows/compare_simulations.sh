@@ -12,14 +12,17 @@ mkdir -p "$work/program"
 cp "$windows" "$work/program/"
 windows=$work/program/${windows##*/}
 
+# Done or, with status 3, packets were lost for good.
+run() { "$@" || (($? == 3)); }
+
 simulate() { # FOLDER OPTIONS COMMAND...
     mkdir -p "$1"
     cp "$samples/sample.ts" "$1/in.ts"
     (
         cd "$1"
         read -ra options <<<"$2"
-        "${@:3}" simulate in.ts "${options[@]}" --json figures.json --output out.ts >stdout
-        "${@:3}" simulate in.ts "${options[@]}" --json - --output out.pcap >json
+        run "${@:3}" simulate in.ts "${options[@]}" --json figures.json --output out.ts >stdout
+        run "${@:3}" simulate in.ts "${options[@]}" --json - --output out.pcap >json
     )
 }
 
