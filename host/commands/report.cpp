@@ -130,8 +130,8 @@ void publish(const std::string& title, const Table& table, const std::string& ve
     for (const auto& [name, value] : table) text += fmt::format("  {:<{}} {:>10}\n", name, width, value);
     if (!verdict.empty()) text += verdict + "\n";
     path == "-" ? tellPerson(text) : print(text);
-    flushPrinted();
     if (!path.empty()) writeJson(json, path);
+    flushPrinted();
 }
 
 }  // namespace mvrtpfec
