@@ -5,10 +5,10 @@
 #include <gtest/gtest.h>
 
 #include "core/fec_composer.h"
-#include "tests/core/packets.h"
+#include "tests/shared/packets.h"
 #include "tests/model/fec_composer.h"
 
-namespace mvrtpfec::testing {
+namespace mvrtpfec {
 namespace {
 
 /// The C runtime's generator, unseeded.
@@ -148,4 +148,4 @@ TEST(FecComposerDifferential, sequenceCountersWrap) {
 }
 
 }  // namespace
-}  // namespace mvrtpfec::testing
+}  // namespace mvrtpfec

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
 #include "core/reorder_buffer.h"
-#include "tests/guard/random.h"
+#include "tests/shared/random.h"
 #include "tests/model/reorder_buffer.h"
 
-namespace mvrtpfec::testing {
+namespace mvrtpfec {
 namespace {
 
 struct Totals {
@@ -90,4 +90,4 @@ TEST(ReorderBufferDifferential, randomStreams) {
 }
 
 }  // namespace
-}  // namespace mvrtpfec::testing
+}  // namespace mvrtpfec

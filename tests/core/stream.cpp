@@ -7,7 +7,7 @@
 #include "core/big_endian.h"
 #include "tests/model/fec_composer.h"
 
-namespace mvrtpfec::testing {
+namespace mvrtpfec {
 
 namespace {
 
@@ -250,4 +250,4 @@ std::vector<Bytes> makeOddGroupStream(Random& random) {
     return sender.takeArrivals();
 }
 
-}  // namespace mvrtpfec::testing
+}  // namespace mvrtpfec

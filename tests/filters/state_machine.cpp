@@ -1,7 +1,5 @@
 #include "tests/filters/state_machine.h"
 
-#include <memory>
-
 namespace mvrtpfec {
 
 namespace {
@@ -9,50 +7,30 @@ namespace {
 /// No step takes long; a sanitizer's build on a busy machine is slow.
 constexpr std::chrono::seconds patience{60};
 
-/// Owned by its reference count from here on.
-template <class Filter>
-Filter* makeCounted(CComPtr<IBaseFilter>& reference, std::size_t pins) {
-    auto filter = std::make_unique<Filter>(pins);
-    reference = CComPtr<IBaseFilter>(filter.get());
-    return filter.release();
-}
-
 }  // namespace
 
-StateMachine::StateMachine(CUnknown* filter, std::uint32_t seed) : random_(seed), watchdog_(patience) {
-    void* found = nullptr;
-    filter->NonDelegatingQueryInterface(IID_IBaseFilter, &found);
-    filter_.Attach(static_cast<IBaseFilter*>(found));
-
-    CComPtr<IEnumPins> pins;
-    filter_->EnumPins(&pins);
-    for (CComPtr<IPin> pin; pins->Next(1, &pin, nullptr) == S_OK; pin.Release()) {
-        PIN_DIRECTION direction{};
-        pin->QueryDirection(&direction);
-        (direction == PINDIR_INPUT ? inputs_ : outputs_).push_back(pin);
-    }
-    feeder_ = makeCounted<Feeder>(feederReference_, inputs_.size());
-    collector_ = makeCounted<Collector>(collectorReference_, outputs_.size());
-
+StateMachine::StateMachine(CUnknown* filter, std::uint32_t seed)
+    : random_(seed),
+      filter_(filterOf(filter)),
+      inputs_(pinsOf(filter_, PINDIR_INPUT)),
+      outputs_(pinsOf(filter_, PINDIR_OUTPUT)),
+      source_(static_cast<int>(inputs_.size())),
+      sink_(static_cast<int>(outputs_.size())),
+      watchdog_(patience) {
+    for (std::size_t i = 0; i < outputs_.size(); ++i)
+        sink_->pin(i).onSample = [this](IMediaSample*) {
+            ++delivered_;
+            if (const DWORD delay = delay_) Sleep(delay);
+        };
     addStateChanges("filter", filter_);
     addStateChanges("filter again", filter_);
-    addStateChanges("feeder", feeder_);
-    addStateChanges("collector", collector_);
+    addStateChanges("source", source_.get());
+    addStateChanges("sink", sink_.get());
     addConnections();
-    addAction("hold", [this] { collector_->hold(); });
-    addAction("let go", [this] { collector_->letGo(); });
+    addAction("hold", [this] { hold(true); });
+    addAction("let go", [this] { hold(false); });
     for (int often = 0; often < 4; ++often) addAction("run all", [this] { runAll(); });
-    addAction("delay", [this] { collector_->setDelay(static_cast<DWORD>(pick(3))); });
-}
-
-StateMachine::~StateMachine() = default;
-
-void StateMachine::addAction(const char* name, std::function<void()> action) {
-    actions_.push_back({name, std::move(action)});
-}
-
-void StateMachine::addReader(std::function<void()> action) {
-    readers_.push_back(std::move(action));
+    addAction("delay", [this] { delay_ = static_cast<DWORD>(pick(3)); });
 }
 
 void StateMachine::addStateChanges(const char* of, IBaseFilter* filter) {
@@ -67,46 +45,53 @@ void StateMachine::addStateChanges(const char* of, IBaseFilter* filter) {
 
 void StateMachine::addConnections() {
     addAction("connect", [this] { connectAll(); });
-    addAction("disconnect an input", [this] {
-        const std::size_t i = pick(inputs_.size());
-        inputs_[i]->Disconnect();
-        feeder_->output(i).Disconnect();
-    });
-    addAction("disconnect an output", [this] {
-        const std::size_t i = pick(outputs_.size());
-        outputs_[i]->Disconnect();
-        collector_->input(i).Disconnect();
-    });
+    addAction("disconnect an input", [this] { disconnect(pick(inputs_.size()), outputs_.size()); });
+    addAction("disconnect an output", [this] { disconnect(inputs_.size(), pick(outputs_.size())); });
     addAction("reconnect", [this] {
         const std::size_t i = pick(inputs_.size());
         CMediaType type;
-        if (SUCCEEDED(feeder_->output(i).ConnectionMediaType(&type)))
-            inputs_[i]->ReceiveConnection(&feeder_->output(i), &type);
+        if (SUCCEEDED(source_->pin(i).ConnectionMediaType(&type)))
+            inputs_[i]->ReceiveConnection(&source_->pin(i), &type);
     });
 }
 
 void StateMachine::connectAll() {
-    for (std::size_t i = 0; i < inputs_.size(); ++i) feeder_->output(i).Connect(inputs_[i], nullptr);
-    for (std::size_t i = 0; i < outputs_.size(); ++i) outputs_[i]->Connect(&collector_->input(i), nullptr);
+    for (std::size_t i = 0; i < inputs_.size(); ++i) source_->pin(i).Connect(inputs_[i], nullptr);
+    for (std::size_t i = 0; i < outputs_.size(); ++i) outputs_[i]->Connect(&sink_->pin(i), nullptr);
 }
 
-void StateMachine::streamStep(std::size_t input, const std::vector<std::uint8_t>& packet,
-                              std::uint32_t choice) {
-    CBaseOutputPin& pin = feeder_->output(input);
+/// Both ends of each; an index behind the last is none.
+void StateMachine::disconnect(std::size_t input, std::size_t output) {
+    if (input < inputs_.size()) {
+        inputs_[input]->Disconnect();
+        source_->pin(input).Disconnect();
+    }
+    if (output < outputs_.size()) {
+        outputs_[output]->Disconnect();
+        sink_->pin(output).Disconnect();
+    }
+}
+
+void StateMachine::hold(bool on) {
+    for (std::size_t i = 0; i < outputs_.size(); ++i) sink_->pin(i).hold(on);
+}
+
+void StateMachine::streamStep(std::size_t input, const Bytes& packet, std::uint32_t choice) {
+    TestOutputPin& pin = source_->pin(input);
     switch (choice % 200) {
         case 0:
             pin.DeliverEndOfStream();
             break;
         case 1:
             pin.DeliverBeginFlush();
-            feeder_->feed(input, packet);
+            source_->send(packet, input);
             pin.DeliverEndFlush();
             break;
         case 2:
             pin.DeliverNewSegment(0, 1, 1.0);
             break;
         default:
-            if (SUCCEEDED(feeder_->feed(input, packet)))
+            if (SUCCEEDED(source_->send(packet, input)))
                 ++sent_;
             else
                 std::this_thread::yield();
@@ -119,21 +104,18 @@ void StateMachine::stream(std::size_t input, const PacketMaker& makePacket, std:
         streamStep(input, makePacket(input, n), static_cast<std::uint32_t>(random()));
 }
 
-void StateMachine::runAll() {
-    for (const auto& each : {collectorReference_, filter_, feederReference_}) each->Stop();
-    connectAll();
-    for (const auto& each : {collectorReference_, filter_, feederReference_}) each->Run(0);
+void StateMachine::stopAll() {
+    sink_->Stop();
+    filter_->Stop();
+    source_->Stop();
 }
 
-void StateMachine::disconnectAll() {
-    for (std::size_t i = 0; i < inputs_.size(); ++i) {
-        inputs_[i]->Disconnect();
-        feeder_->output(i).Disconnect();
-    }
-    for (std::size_t i = 0; i < outputs_.size(); ++i) {
-        outputs_[i]->Disconnect();
-        collector_->input(i).Disconnect();
-    }
+void StateMachine::runAll() {
+    stopAll();
+    connectAll();
+    sink_->Run(0);
+    filter_->Run(0);
+    source_->Run(0);
 }
 
 /// Until some packets have been sent, or nothing seems to go.
@@ -154,7 +136,7 @@ void StateMachine::run(int actions, PacketMaker makePacket) {
         });
     // Downstream keeps samples for a while, not for ever.
     threads.emplace_back([&] {
-        for (; !done_; Sleep(20)) collector_->letGo();
+        for (; !done_; Sleep(20)) hold(false);
     });
 
     for (int i = 0; i < actions; ++i) {
@@ -166,13 +148,13 @@ void StateMachine::run(int actions, PacketMaker makePacket) {
 
     watchdog_.alive("last stop");
     done_ = true;
-    collector_->setDelay(0);
-    for (const auto& each : {collectorReference_, filter_, feederReference_}) each->Stop();
-    collector_->letGo();
+    delay_ = 0;
+    stopAll();
+    hold(false);
     watchdog_.alive("join");
     for (std::thread& thread : threads) thread.join();
-    disconnectAll();
-    collector_->letGo();
+    for (std::size_t i = 0; i < inputs_.size() + outputs_.size(); ++i) disconnect(i, i);
+    hold(false);
     watchdog_.alive("end");
 }
 

@@ -4,7 +4,7 @@
 
 #include "platform/wide_literal.h"
 #include "tests/framework/event_graph.h"
-#include "tests/framework/test_filters.h"
+#include "tests/shared/test_filters.h"
 
 namespace mvrtpfec {
 namespace {
@@ -16,14 +16,6 @@ protected:
     /// The third pin stays unconnected.
     void SetUp() override {
         for (std::size_t i : {0u, 1u}) ASSERT_EQ(source->pin(i).Connect(&sink->pin(i), nullptr), S_OK);
-    }
-    void TearDown() override {
-        for (std::size_t i : {0u, 1u, 2u}) source->pin(i).behaviour = PinBehaviour();
-        source->Stop();
-        for (std::size_t i : {0u, 1u}) {
-            source->pin(i).Disconnect();
-            sink->pin(i).Disconnect();
-        }
     }
     void failAt(std::size_t pin, std::function<HRESULT()> PinBehaviour::*place, HRESULT result) {
         source->pin(pin).behaviour.*place = [result] { return result; };

@@ -5,7 +5,8 @@
 #include "framework/base/mem_allocator.h"
 #include "platform/component/task_memory.h"
 #include "platform/wide_literal.h"
-#include "tests/framework/test_filters.h"
+#include "tests/shared/object_count.h"
+#include "tests/shared/test_filters.h"
 
 namespace mvrtpfec {
 namespace {
@@ -14,9 +15,6 @@ using platform::operator""_w;
 
 class PinConnection : public ::testing::Test {
 protected:
-    /// Connected pins keep each other's filters.
-    void TearDown() override { disconnect(); }
-
     TestOutputPin& output() { return source->pin(); }
     TestInputPin& input() { return sink->pin(); }
 
@@ -60,8 +58,7 @@ protected:
         output().behaviour = PinBehaviour();
         input().behaviour = PinBehaviour();
         EXPECT_EQ(connect(), S_OK);
-        EXPECT_EQ(output().Disconnect(), S_OK);
-        EXPECT_EQ(input().Disconnect(), S_OK);
+        disconnect();
         expectUnconnected();
     }
 
@@ -122,29 +119,26 @@ TEST_F(PinConnection, AFullySpecifiedTypeIsTakenOrNothing) {
     expectConnectFails(VFW_E_TYPE_NOT_ACCEPTED, &onlySink);
 }
 
-TEST_F(PinConnection, FailureOfEitherSideIsUndoneOnBothAndTold) {
-    input().behaviour.onCompleteConnect = [] { return VFW_E_NO_CLOCK; };
-    expectConnectFails(VFW_E_NO_CLOCK);
-    output().behaviour.onCompleteConnect = [] { return VFW_E_NO_CLOCK; };
-    expectConnectFails(VFW_E_NO_CLOCK);
-    output().behaviour.onCheckMediaType = [] { return VFW_E_NO_CLOCK; };
+TEST_F(PinConnection, FailuresOfEitherSideAreUndoneOnBothAndTold) {
+    using Place = std::function<HRESULT()> PinBehaviour::*;
+    constexpr Place check = &PinBehaviour::onCheckMediaType, complete = &PinBehaviour::onCompleteConnect;
+    const auto fault = []() -> HRESULT { throw std::runtime_error("fault"); };
+    const auto noClock = [] { return VFW_E_NO_CLOCK; };
+    const CMediaType type = testType(1);
+    for (PinBehaviour* side : {&output().behaviour, &input().behaviour}) {
+        for (const Place place : {check, complete}) {
+            side->*place = fault;
+            expectConnectFails(E_FAIL, &type);
+        }
+        side->*complete = noClock;
+        expectConnectFails(VFW_E_NO_CLOCK);
+    }
+    output().behaviour.onCheckMediaType = noClock;
     expectConnectFails(VFW_E_NO_CLOCK);
     input().behaviour.onCheckMediaType = [] { return E_INVALIDARG; };
     expectConnectFails(VFW_E_NO_ACCEPTABLE_TYPES);
-}
-
-TEST_F(PinConnection, ExceptionsOfEitherSideAreUndoneOnBoth) {
-    const auto fault = []() -> HRESULT { throw std::runtime_error("fault"); };
-    const CMediaType type = testType(1);
     output().behaviour.onCheckMediaType = fault;
     EXPECT_EQ(output().QueryAccept(&type), S_FALSE);
-    expectConnectFails(E_FAIL, &type);
-    input().behaviour.onCheckMediaType = fault;
-    expectConnectFails(E_FAIL, &type);
-    output().behaviour.onCompleteConnect = fault;
-    expectConnectFails(E_FAIL, &type);
-    input().behaviour.onCompleteConnect = fault;
-    expectConnectFails(E_FAIL, &type);
 }
 
 TEST_F(PinConnection, RefusesWhatCannotBeConnected) {
@@ -282,29 +276,24 @@ TEST_F(PinConnection, MediaTypesAreEnumeratedUntilTheListChanges) {
 }
 
 TEST(PinLifetime, FiltersLiveAsLongAsAnythingOfThemIsHeld) {
-    const LONG before = CBaseObject::ObjectsActive();
+    const ObjectCount objects;
+    CComPtr<IPin> pin, other;
+    CComPtr<IEnumMediaTypes> types;
     {
-        CComPtr<IPin> pin;
-        CComPtr<IEnumMediaTypes> types;
-        {
-            Held<TestSource> source{1};
-            Held<TestSink> sink{1};
-            ASSERT_EQ(source->pin().Connect(&sink->pin(), nullptr), S_OK);
-            pin = &source->pin();
-            sink->pin().EnumMediaTypes(&types);
-        }
-        EXPECT_GT(CBaseObject::ObjectsActive(), before + 4);
-        CComPtr<IPin> other;
-        ASSERT_EQ(pin->ConnectedTo(&other), S_OK);
-        EXPECT_EQ(pin->Disconnect(), S_OK);
-        EXPECT_EQ(other->Disconnect(), S_OK);
-        other.Release();
-        pin.Release();
-        AM_MEDIA_TYPE* type = nullptr;
-        EXPECT_EQ(types->Next(1, &type, nullptr), S_OK);
-        DeleteMediaType(type);
+        const CComPtr<TestSource> source(new TestSource(1));
+        const CComPtr<TestSink> sink(new TestSink(1));
+        ASSERT_EQ(source->pin().Connect(&sink->pin(), nullptr), S_OK);
+        pin = &source->pin();
+        sink->pin().EnumMediaTypes(&types);
     }
-    EXPECT_EQ(CBaseObject::ObjectsActive(), before);
+    ASSERT_EQ(pin->ConnectedTo(&other), S_OK);
+    EXPECT_EQ(pin->Disconnect(), S_OK);
+    EXPECT_EQ(other->Disconnect(), S_OK);
+    other.Release();
+    pin.Release();
+    AM_MEDIA_TYPE* type = nullptr;
+    EXPECT_EQ(types->Next(1, &type, nullptr), S_OK);
+    DeleteMediaType(type);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 
 #include "core/fec_composer.h"
 #include "guard/packet_guard.h"
-#include "tests/guard/random.h"
+#include "tests/shared/random.h"
 
 namespace mvrtpfec::testing {
 
