@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "core/fec_composer.h"
-#include "tests/shared/packets.h"
 #include "tests/model/fec_composer.h"
+#include "tests/shared/packets.h"
 
 namespace mvrtpfec {
 namespace {

@@ -55,12 +55,12 @@ private:
 /// A worked example; all else about what comes when is the model's to say.
 TEST(FecComposer, columnsAreStaggeredAndRowsGoFirst) {
     EXPECT_EQ(Composing(fecBoth, 4, 4).feed(20).finished, (std::vector<Finished>{{4, 'r', 1},
-                                                                    {8, 'r', 5},
-                                                                    {12, 'r', 9},
-                                                                    {13, 'c', 1},
-                                                                    {16, 'r', 13},
-                                                                    {20, 'r', 17},
-                                                                    {20, 'c', 8}}));
+                                                                                 {8, 'r', 5},
+                                                                                 {12, 'r', 9},
+                                                                                 {13, 'c', 1},
+                                                                                 {16, 'r', 13},
+                                                                                 {20, 'r', 17},
+                                                                                 {20, 'c', 8}}));
 }
 
 /// Rows, then columns, then the step on: what protect does in one call.
@@ -104,11 +104,14 @@ TEST(FecComposer, refusesMatricesWithTheseTexts) {
     const std::string columnsOne = "number of columns must be between 1 and 20 in this mode";
     const std::string product = "invalid number of columns and rows";
     const Case cases[] = {
-        {1, 4, 3, rows},        {1, 4, 21, rows},        {2, 4, 3, rows},       {3, 3, 21, rows},
-        {3, 3, 4, columnsBoth}, {3, 21, 4, columnsBoth}, {1, 0, 4, columnsOne}, {1, 21, 4, columnsOne},
-        {2, 0, 4, columnsOne},  {2, -1, 4, columnsOne},  {2, 20, 6, product},   {3, 11, 10, product},
-        {1, 20, 6, product},    {0, 101, 1, product},    {0, 4, 26, product},
-        {0, INT32_MAX, INT32_MAX, product},
+        {1, 4, 3, rows},        {1, 4, 21, rows},
+        {2, 4, 3, rows},        {3, 3, 21, rows},
+        {3, 3, 4, columnsBoth}, {3, 21, 4, columnsBoth},
+        {1, 0, 4, columnsOne},  {1, 21, 4, columnsOne},
+        {2, 0, 4, columnsOne},  {2, -1, 4, columnsOne},
+        {2, 20, 6, product},    {3, 11, 10, product},
+        {1, 20, 6, product},    {0, 101, 1, product},
+        {0, 4, 26, product},    {0, INT32_MAX, INT32_MAX, product},
     };
     for (const Case& c : cases) {
         try {

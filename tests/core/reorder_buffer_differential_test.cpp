@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "core/reorder_buffer.h"
-#include "tests/shared/random.h"
 #include "tests/model/reorder_buffer.h"
+#include "tests/shared/random.h"
 
 namespace mvrtpfec {
 namespace {

@@ -27,9 +27,7 @@ constexpr int window = 2 * 10 * 10;
 constexpr int flowsAgainAfter = window + 20 + 2;
 
 Source shortPackets(std::uint16_t firstNumber) {
-    Source source{firstNumber};
-    source.length = 200;
-    return source;
+    return {firstNumber, 200};
 }
 
 class RestartingSource : public ::testing::TestWithParam<Restarts> {};

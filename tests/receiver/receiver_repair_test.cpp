@@ -58,7 +58,7 @@ TEST_P(RepairTest, FillsHolesWhicheverInputCarriesWhat) {
 
 INSTANTIATE_TEST_SUITE_P(Assignments, RepairTest,
                          ::testing::Values(Assignment{0, 1, 2}, Assignment{2, 0, 1}, Assignment{1, 2, 0},
-                                         Assignment{2, 1, 0}));
+                                           Assignment{2, 1, 0}));
 
 /// Without FEC a matrix counts as 1 x 1: what lies more than two numbers behind the newest is delivered.
 using DeliveryTest = ReceiverTest;
@@ -119,8 +119,7 @@ class TrickSample final : public COOBMediaSample {
 public:
     explicit TrickSample(std::function<HRESULT()> onWorker, std::uint16_t number = 1)
         : COOBMediaSample(nullptr, 0), packet_(mediaPacket(number)), onWorker_(std::move(onWorker)) {
-        setPayload(packet_.data(), static_cast<LONG>(packet_.size()),
-                   static_cast<LONG>(packet_.size()));
+        setPayload(packet_.data(), static_cast<LONG>(packet_.size()), static_cast<LONG>(packet_.size()));
         ++alive;
     }
     ~TrickSample() override { --alive; }

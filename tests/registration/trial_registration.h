@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "platform/module/memory_registration.h"
 
 namespace trial {
@@ -92,6 +94,14 @@ public:
         return made;
     }
 
+    /// That calls came in this order, whatever came between.
+    void expectOrder(const std::vector<std::string>& calls) const {
+        auto at = journal.begin();
+        for (const std::string& call : calls) {
+            at = std::find(at, journal.end(), call);
+            ASSERT_NE(at, journal.end()) << call;
+        }
+    }
     int callCount() const { return calls_; }
     /// Whether all went back to the system that it gave.
     bool balanced() const { return openKeys == 0 && initialised == 0 && mapper_ == nullptr && !mapperLeaked; }

@@ -78,8 +78,8 @@ public:
         if (b) connectOutput(2, sink->pin(1));
     }
     HRESULT configure(const Matrix& matrix) {
-        for (const HRESULT result : {filter->SetMode(matrix.mode), filter->SetColumns(matrix.columns),
-                                     filter->SetRows(matrix.rows)})
+        for (const HRESULT result :
+             {filter->SetMode(matrix.mode), filter->SetColumns(matrix.columns), filter->SetRows(matrix.rows)})
             if (FAILED(result)) return result;
         return S_OK;
     }
@@ -124,8 +124,7 @@ private:
 
 public:
     Held<RtpSource> source{1};
-    Held<CRtpFecFilter> filter{
-        static_cast<CRtpFecFilter*>(CRtpFecFilter::CreateInstance(nullptr, nullptr))};
+    Held<CRtpFecFilter> filter{static_cast<CRtpFecFilter*>(CRtpFecFilter::CreateInstance(nullptr, nullptr))};
     Held<AnySink> sink{2};
     /// Done inside every Receive.
     std::function<void()> onReceive;
