@@ -148,16 +148,5 @@ TEST(FecComposer, emptySinkIsABadFunctionCall) {
     EXPECT_THROW(composer.protect(viewOf(media)), std::bad_function_call);
 }
 
-TEST(FecComposer, packetOutlivesTheComposer) {
-    std::shared_ptr<RtpPacket> kept;
-    {
-        CFecComposer composer([&](std::shared_ptr<RtpPacket> fec) { kept = std::move(fec); }, fecRow, 1, 4);
-        composer.protect(viewOf(mediaPacket(5)));
-    }
-    ASSERT_TRUE(kept);
-    EXPECT_EQ(kept.use_count(), 1);
-    EXPECT_EQ(protectedRange(kept->view).base, 5);
-}
-
 }  // namespace
 }  // namespace mvrtpfec

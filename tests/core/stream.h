@@ -8,6 +8,13 @@
 
 namespace mvrtpfec {
 
+struct Matrix {
+    int mode, columns, rows;
+};
+
+/// One that can be built; small ones more often, since more of their groups lie in a stream.
+Matrix drawMatrix(Random& random, int leastMode);
+
 /// What a random stream of media and FEC packets is like. Probabilities are per packet.
 struct StreamPlan {
     std::uint16_t firstNumber = 0;

@@ -25,8 +25,7 @@ protected:
     void expectWhole() {
         run_.finish();
         EXPECT_EQ(run_.residual(), 0);
-        EXPECT_EQ(run_.delivery().mismatched, 0);
-        EXPECT_EQ(run_.delivery().disordered, 0);
+        run_.expectFaithful();
         EXPECT_LE(run_.delivery().longestSilence, flowsAgainAfter);
     }
     GuardFigures figures() { return run_.chain().figures(); }

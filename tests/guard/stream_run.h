@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include "tests/guard/channel.h"
 #include "tests/guard/ideal_decoder.h"
 #include "tests/guard/receiver_chain.h"
@@ -64,6 +66,12 @@ public:
     }
     /// Measures the longest silence from here on.
     void resetSilence() { delivery_.longestSilence = silence_ = 0; }
+
+    /// Nothing came that wasn't sent, nor out of order.
+    void expectFaithful() const {
+        EXPECT_EQ(delivery_.mismatched, 0);
+        EXPECT_EQ(delivery_.disordered, 0);
+    }
 
     std::uint16_t nextNumber() const { return sender_->nextNumber(); }
     std::int64_t residual() const { return delivery_.residual(0, counted_); }
