@@ -36,15 +36,6 @@ TEST(RtpPacket, validityDependsOnTypeLengthAndFirstByte) {
             << int{c.byte0} << ' ' << int{c.byte1} << ' ' << c.length;
 }
 
-TEST(RtpPacket, lengthIsModulo65536WhileTheBufferHoldsAll) {
-    Bytes bytes = packetOf(0x80, 33, 70000);
-    bytes.back() = 0x77;
-    const RtpPacket packet(bytes.data(), bytes.size());
-    EXPECT_EQ(packet.view.length, 4464);
-    ASSERT_EQ(packet.bufferSize(), 70000u);
-    EXPECT_EQ(Bytes(packet.view.data, packet.view.data + packet.bufferSize()), bytes);
-}
-
 TEST(RtpPacket, resizeKeepsTheStartAndZeroesWhatIsNew) {
     EXPECT_EQ(bytesOf(RtpPacket().view), Bytes(1416, 0)) << "an empty one";
     for (const std::size_t size : {std::size_t{1000}, std::size_t{3000}}) {

@@ -87,11 +87,7 @@ TEST(CreationFailure, OfWhatAPauseBuilds) {
     HRESULT result = S_OK;
     for (const CreationFunction create : {&CRtpFecFilter::CreateInstance, &CRtpFecIn::CreateInstance}) {
         const auto filter = makeFilter(create);
-        if (const auto config = queryFor<IFECoverRTPConfig>(filter, IID_IFECoverRTPConfig)) {
-            config->SetColumns(4);
-            config->SetRows(4);
-            config->SetMode(3);
-        }
+        setMatrix(filter, 3, 4, 4);
         bool fired = true;
         for (std::size_t n = 0; fired; ++n) {
             {

@@ -87,10 +87,7 @@ TEST_F(ForeignFilters, RenderersBehindTheSenderHoldNobodyUp) {
     if (!renderer) GTEST_SKIP() << "this system has no null renderer";
     const auto upstream = source();
     const auto sender = ours(CRtpFecFilter::CreateInstance);
-    const auto matrix = queryFor<IFECoverRTPConfig>(sender, IID_IFECoverRTPConfig);
-    EXPECT_EQ(matrix->SetColumns(1), S_OK);
-    EXPECT_EQ(matrix->SetRows(4), S_OK);
-    EXPECT_EQ(matrix->SetMode(fecRow), S_OK);
+    setMatrix(sender, fecRow, 1, 4);
     ASSERT_EQ(connect(upstream, sender), S_OK);
     ASSERT_EQ(connect(sender, renderer), S_OK);
     ASSERT_GE(run(), 0);

@@ -34,9 +34,7 @@ TEST_P(StateMachineTest, SenderOutlivesAnything) {
     StateMachine machine(CRtpFecFilter::CreateInstance(nullptr, &result), GetParam());
     ASSERT_EQ(result, S_OK);
     const auto config = queryFor<IFECoverRTPConfig>(&machine.filter(), IID_IFECoverRTPConfig);
-    config->SetColumns(4);
-    config->SetRows(4);
-    config->SetMode(3);
+    setMatrix(&machine.filter(), 3, 4, 4);
     machine.addAction("mode",
                       [&] { config->SetMode(static_cast<std::int32_t>(machine.random()() % 5) - 1); });
     machine.addAction("columns",

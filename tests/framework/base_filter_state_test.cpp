@@ -133,17 +133,5 @@ TEST_F(FilterState, AGraphIsNamedAndToldEventsButNotHeld) {
     EXPECT_EQ(info.achName[0], 0);
 }
 
-TEST_F(FilterState, AnswersItsInterfacesAndItsClass) {
-    for (REFIID riid : {IID_IUnknown, IID_IBaseFilter, IID_IMediaFilter, IID_IPersist})
-        EXPECT_NE(queryFor<IUnknown>(source.get(), riid).p, nullptr);
-    EXPECT_EQ(queryFor<IUnknown>(source.get(), IID_IPin).p, nullptr);
-    for (REFIID riid : {IID_IUnknown, IID_IPin, IID_IQualityControl, IID_IMemInputPin})
-        EXPECT_NE(queryFor<IUnknown>(static_cast<IPin*>(&sink->pin()), riid).p, nullptr);
-    CLSID classId{};
-    EXPECT_EQ(source->GetClassID(&classId), S_OK);
-    EXPECT_EQ(classId.Data1, 7u);
-    EXPECT_EQ(source->GetClassID(nullptr), E_POINTER);
-}
-
 }  // namespace
 }  // namespace mvrtpfec

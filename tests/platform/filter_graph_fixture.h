@@ -1,8 +1,5 @@
 #pragma once
 
-#include <algorithm>
-#include <string>
-
 #include <gtest/gtest.h>
 
 #include "platform/component/component_runtime.h"
@@ -37,20 +34,6 @@ protected:
 
     void connect(JournalFilter& from, JournalFilter& to, std::size_t output = 0) {
         ASSERT_EQ(graph_->ConnectDirect(&from.pin(output), &to.input(), nullptr), S_OK);
-    }
-
-    std::ptrdiff_t when(const std::string& entry) const {
-        const auto found = std::ranges::find(journal_, entry);
-        EXPECT_NE(found, journal_.end()) << entry;
-        return found - journal_.begin();
-    }
-
-    void expectOrder(std::initializer_list<const char*> entries) const {
-        std::ptrdiff_t last = -1;
-        for (const char* entry : entries) {
-            EXPECT_GT(when(entry), last) << entry;
-            last = when(entry);
-        }
     }
 
     OAFilterState state() const {

@@ -21,8 +21,8 @@ TEST_F(FilterGraphTest, StateChangesGoUpstream) {
     EXPECT_EQ(state(), State_Running);
     ASSERT_EQ(control_->Stop(), S_OK);
     EXPECT_EQ(state(), State_Stopped);
-    expectOrder({"sink pause", "middle pause", "source pause", "sink run", "middle run", "source run",
-                 "sink stop", "middle stop", "source stop"});
+    expectOrder(journal_, {"sink pause", "middle pause", "source pause", "sink run", "middle run",
+                           "source run", "sink stop", "middle stop", "source stop"});
     EXPECT_EQ(sink.state(), State_Stopped);
     EXPECT_EQ(sink.started(), source.started());
 }

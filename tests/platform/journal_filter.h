@@ -1,15 +1,11 @@
 #pragma once
 
-#include <string>
-
+#include "tests/shared/journal.h"
 #include "tests/shared/test_filters.h"
 
 namespace mvrtpfec {
 
-/// What the filters of a graph were told, in order: "name call".
-using Journal = std::vector<std::string>;
-
-/// A filter that writes its state changes down.
+/// A filter that writes its state changes down: "name call".
 class JournalFilter final : public ForkFilter {
 public:
     JournalFilter(std::string name, int outputs, Journal& journal)

@@ -89,12 +89,12 @@ TEST(Registration, WritesKeysAndListsFiltersAndTakesBothBack) {
 TEST(Registration, KeysOutliveTheList) {
     TrialRegistration system;
     enter(system);
-    system.expectOrder({"path in 260", "create " + sender, "create " + receiver, "initialize",
-                        "UnregisterFilter", "RegisterFilter", "free libraries", "uninitialize"});
+    expectOrder(system.journal, {"path in 260", "create " + sender, "create " + receiver, "initialize",
+                                 "UnregisterFilter", "RegisterFilter", "free libraries", "uninitialize"});
     system.journal.clear();
     remove(system);
-    system.expectOrder({"initialize", "UnregisterFilter", "free libraries", "uninitialize",
-                        "delete InprocServer32", "delete " + sender, "delete " + receiver});
+    expectOrder(system.journal, {"initialize", "UnregisterFilter", "free libraries", "uninitialize",
+                                 "delete InprocServer32", "delete " + sender, "delete " + receiver});
 }
 
 TEST(Registration, NoMapperAtAllIsAFailureThatLeavesTheKeys) {

@@ -1,14 +1,10 @@
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "platform/module/memory_registration.h"
+#include "tests/shared/journal.h"
 
 namespace trial {
 
@@ -27,7 +23,7 @@ class TrialRegistration final : public platform::MemoryRegistration {
 public:
     using RegistryKey = platform::RegistryKey;
 
-    std::vector<std::string> journal;
+    mvrtpfec::Journal journal;
     int failAt = 0;          ///< number of the failing call, from 1
     std::string failAlways;  ///< how the entries of calls begin that always fail
     std::string failed;      ///< the latest call that did
@@ -94,14 +90,6 @@ public:
         return made;
     }
 
-    /// That calls came in this order, whatever came between.
-    void expectOrder(const std::vector<std::string>& calls) const {
-        auto at = journal.begin();
-        for (const std::string& call : calls) {
-            at = std::find(at, journal.end(), call);
-            ASSERT_NE(at, journal.end()) << call;
-        }
-    }
     int callCount() const { return calls_; }
     /// Whether all went back to the system that it gave.
     bool balanced() const { return openKeys == 0 && initialised == 0 && mapper_ == nullptr && !mapperLeaked; }

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <vector>
+
 #include "framework/base/base_filter.h"
 #include "framework/base/com_ptr.h"
+#include "mvrtpfec/rtp_fec_filter.h"
 
 namespace mvrtpfec {
 
@@ -17,6 +20,15 @@ inline CComPtr<IBaseFilter> filterOf(CUnknown* created) {
 }
 inline CComPtr<IBaseFilter> makeFilter(CreationFunction create) {
     return filterOf(create(nullptr, nullptr));
+}
+
+/// Nothing for a filter that has no matrix.
+inline void setMatrix(IBaseFilter* filter, std::int32_t mode, std::int32_t columns, std::int32_t rows) {
+    const auto config = queryFor<IFECoverRTPConfig>(filter, IID_IFECoverRTPConfig);
+    if (!config) return;
+    config->SetMode(mode);
+    config->SetColumns(columns);
+    config->SetRows(rows);
 }
 
 inline std::vector<CComPtr<IPin>> pinsOf(IBaseFilter* filter, PIN_DIRECTION direction) {

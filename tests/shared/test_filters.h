@@ -56,7 +56,7 @@ public:
     PinBehaviour behaviour;
     PinCalls calls;
 
-    void tryOwnTypesFirst() { this->m_bTryMyTypesFirst = true; }
+    void tryOwnTypesFirst(bool on) { this->m_bTryMyTypesFirst = on; }
     using Base::allocator;
     using Base::IsConnectedTo;
     using Base::PassNotify;

@@ -1,7 +1,9 @@
 #include <algorithm>
+#include <array>
 #include <future>
 #include <span>
 
+#include "framework/samples/media_data_impl.h"
 #include "platform/component/task_memory.h"
 #include "platform/wide_literal.h"
 #include "tests/receiver/receiver_fixture.h"
@@ -14,26 +16,25 @@ namespace {
 
 using StatesTest = ReceiverTest;
 
-struct Statistics {
-    std::uint64_t lost = 99;
-    std::uint64_t rebuilt = 99;
-    std::uint64_t abandoned = 99;
-    std::uint64_t received = 99;
-
-    bool operator==(const Statistics&) const = default;
-};
+/// Lost, rebuilt, abandoned, received.
+using Statistics = std::array<std::uint64_t, 4>;
+constexpr Statistics untouched{99, 99, 99, 99};
 
 HRESULT read(CRtpFecIn& filter, Statistics& s) {
-    s = {};
-    return filter.GetStatistics(&s.lost, &s.rebuilt, &s.abandoned, &s.received);
+    s = untouched;
+    return filter.GetStatistics(&s[0], &s[1], &s[2], &s[3]);
 }
 
 TEST_F(StatesTest, EachStartFromStoppedHasAFreshDecoder) {
     connect();
-    Statistics s;
+    Statistics s{};
     EXPECT_EQ(read(filter(), s), E_FAIL);
-    EXPECT_EQ(s, Statistics()) << "nothing is written";
-    EXPECT_EQ(filter().GetStatistics(nullptr, &s.lost, &s.lost, &s.lost), E_POINTER);
+    EXPECT_EQ(s, untouched) << "nothing is written";
+    for (std::size_t n = 0; n < 4; ++n) {
+        const auto place = [&](std::size_t i) { return i == n ? nullptr : &s[i]; };
+        EXPECT_EQ(filter().GetStatistics(place(0), place(1), place(2), place(3)), E_POINTER) << n;
+    }
+    EXPECT_EQ(filter().GetTotals(nullptr), E_POINTER);
 
     EXPECT_EQ(filter().Pause(), S_OK);
     EXPECT_EQ(read(filter(), s), S_OK);
@@ -130,6 +131,93 @@ TEST_F(StatesTest, ShowsItsFaces) {
     for (int i = 0; i < 4; ++i) EXPECT_EQ(std::basic_string<WCHAR>(filter().GetPin(i)->Name()), names[i]);
     EXPECT_EQ(filter().GetPin(4), nullptr);
     EXPECT_EQ(filter().GetPin(-1), nullptr);
+}
+
+using PinsTest = ReceiverTest;
+
+CComPtr<IMemAllocator> poolOf(LONG buffers) {
+    CComPtr<IMemAllocator> pool;
+    EXPECT_EQ(CreateMemoryAllocator(&pool), S_OK);
+    ALLOCATOR_PROPERTIES properties{buffers, 1, 1, 0};
+    EXPECT_EQ(pool->SetProperties(&properties, &properties), S_OK);
+    return pool;
+}
+
+TEST_F(PinsTest, InputsTakeAnyTypeAndEnoughBuffers) {
+    auto& pin = static_cast<CBaseInputPin&>(*filter().GetPin(2));
+    const CMediaType odd = testType(200);
+    EXPECT_EQ(pin.CheckMediaType(&odd), S_OK);
+    CMediaType offer;
+    EXPECT_EQ(pin.GetMediaType(0, nullptr), E_POINTER);
+    EXPECT_EQ(pin.GetMediaType(-1, &offer), E_INVALIDARG);
+    EXPECT_EQ(pin.GetMediaType(1, &offer), VFW_S_NO_MORE_ITEMS);
+    EXPECT_EQ(pin.GetMediaType(0, &offer), S_OK);
+    EXPECT_EQ(offer.majortype, MEDIATYPE_Video);
+    EXPECT_EQ(offer.subtype.Data1, 0x8D2D71CBu);
+
+    ALLOCATOR_PROPERTIES required{};
+    EXPECT_EQ(pin.GetAllocatorRequirements(&required), S_OK);
+    EXPECT_EQ(required.cBuffers, 100);
+    EXPECT_EQ(required.cbBuffer, 1);
+    EXPECT_EQ(required.cbAlign, 32);
+    EXPECT_EQ(pin.NotifyAllocator(poolOf(99), TRUE), E_FAIL);
+    EXPECT_EQ(pin.NotifyAllocator(poolOf(100), TRUE), S_OK);
+}
+
+TEST_F(PinsTest, TheOutputInsistsOnTransportStreamAndWholePackets) {
+    const CMediaType stream(MEDIATYPE_Stream, MEDIASUBTYPE_MPEG2_TRANSPORT);
+    const CMediaType other = testType(1);
+    EXPECT_EQ(output().CheckMediaType(&stream), S_OK);
+    EXPECT_EQ(output().CheckMediaType(&other), S_FALSE);
+    EXPECT_EQ(output().CheckMediaType(nullptr), E_POINTER);
+
+    const auto decide = [&](LONG limit) {
+        const CComPtr<IMemAllocator> pool(new LimitedAllocator(limit));
+        ALLOCATOR_PROPERTIES request{200, 5, 64, 3};
+        const HRESULT result = output().DecideBufferSize(pool, &request);
+        EXPECT_EQ(request.cBuffers, 200);
+        EXPECT_EQ(request.cbBuffer, 1400);
+        EXPECT_EQ(request.cbAlign, 64);
+        EXPECT_EQ(request.cbPrefix, 0);
+        return result;
+    };
+    EXPECT_EQ(decide(1399), E_FAIL);
+    EXPECT_EQ(decide(1400), S_OK);
+}
+
+struct PoolLog : mvn::log::DummyLogPerf {
+    void RegisterBuffer(const char* name) override { registered += name; }
+    void NotifyBufferFull(const char* name) override { full += std::string_view(name) == "rtp_fec_in"; }
+    std::string registered;
+    std::atomic<int> full{0};
+};
+
+TEST_F(PinsTest, WrappersGoThroughTheOutput) {
+    PoolLog log;
+    filter().SetLogPerf(&log);
+    start();
+    EXPECT_EQ(log.registered, "rtp_fec_in");
+    IOutputPin2& pin = output();
+    std::vector<IMediaData2*> taken(100);
+    for (IMediaData2*& data : taken) ASSERT_EQ(pin.GetDeliveryBuffer(&data, nullptr, nullptr, 0), S_OK);
+    EXPECT_EQ(log.full, 0);
+
+    IMediaData2* late = nullptr;
+    auto waiting =
+        std::async(std::launch::async, [&] { return pin.GetDeliveryBuffer(&late, nullptr, nullptr, 0); });
+    EXPECT_TRUE(soon([&] { return log.full == 1; })) << "before it waits";
+    taken[0]->SetActualDataLength(3);
+    EXPECT_EQ(pin.Deliver(taken[0]), S_OK);
+    for (IMediaData2* data : taken) data->Release();
+    EXPECT_EQ(waiting.get(), S_OK);
+    late->Release();
+
+    EXPECT_EQ(sink().received, 1);
+    EXPECT_EQ(pin.Deliver(nullptr), S_OK);
+    EXPECT_EQ(sink().endsOfStream, 1) << "null is the end of the stream";
+    stop();
+    EXPECT_EQ(pin.GetDeliveryBuffer(&late, nullptr, nullptr, 0), VFW_E_NOT_COMMITTED);
+    filter().SetLogPerf(nullptr);
 }
 
 }  // namespace
