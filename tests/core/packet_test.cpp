@@ -82,11 +82,17 @@ TEST(FecPacket, protectedRangeWraps) {
 }
 
 TEST(FecPacket, rangeContainsItsMembersAlone) {
-    const ProtectedRange range = protectedRange(viewOf(fecPacketNaming(65530, FecKind::column, 5, 4)));
-    std::vector<std::uint32_t> members;
-    for (std::uint32_t n = 0; n < 65536; ++n)
-        if (range.contains(static_cast<std::uint16_t>(n))) members.push_back(n);
-    EXPECT_EQ(members, (std::vector<std::uint32_t>{4, 9, 65530, 65535}));
+    const auto membersOf = [](std::uint8_t offset, std::uint8_t count) {
+        const ProtectedRange range =
+            protectedRange(viewOf(fecPacketNaming(65530, FecKind::column, offset, count)));
+        std::vector<std::uint32_t> members;
+        for (std::uint32_t n = 0; n < 65536; ++n)
+            if (range.contains(static_cast<std::uint16_t>(n))) members.push_back(n);
+        return members;
+    };
+    EXPECT_EQ(membersOf(5, 4), (std::vector<std::uint32_t>{4, 9, 65530, 65535}));
+    EXPECT_EQ(membersOf(0, 4), std::vector<std::uint32_t>{65530});
+    EXPECT_TRUE(membersOf(0, 0).empty());
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/model/reorder_buffer.h"
+#include "tests/shared/message_of.h"
 #include "tests/shared/random.h"
 
 namespace mvrtpfec {
@@ -47,12 +48,7 @@ TEST_F(ReorderBuffer, holeBeforeTheWrapCountsItTwice) {
 
 TEST_F(ReorderBuffer, numberAboveTheMaximumThrows) {
     Buffer small(4, 99, [](std::int32_t number) { return number; });
-    try {
-        small.Push(100);
-        ADD_FAILURE();
-    } catch (const std::runtime_error& error) {
-        EXPECT_STREQ(error.what(), "Invalid sequence number : 100. Max allowed : 99");
-    }
+    EXPECT_EQ(messageOf([&] { small.Push(100); }), "Invalid sequence number : 100. Max allowed : 99");
     EXPECT_NO_THROW(small.Push(99));
 }
 
@@ -73,13 +69,8 @@ TEST_F(ReorderBuffer, missingKeyFunctionIsABadFunctionCall) {
 TEST_F(ReorderBuffer, capacityIsAtMostHalfTheMaximum) {
     EXPECT_NO_THROW(Buffer(32767, 65535, nullptr));
     EXPECT_NO_THROW(Buffer(5, 10, nullptr));
-    try {
-        Buffer(32768, 65535, nullptr);
-        ADD_FAILURE();
-    } catch (const std::runtime_error& error) {
-        EXPECT_STREQ(error.what(),
-                     "Packet reorder buffer size must be less than half the max sequence number");
-    }
+    EXPECT_EQ(messageOf([] { Buffer(32768, 65535, nullptr); }),
+              "Packet reorder buffer size must be less than half the max sequence number");
 }
 
 TEST_F(ReorderBuffer, itemsAreReleasedWhenDroppedAndMovedOutWhenPopped) {

@@ -12,6 +12,7 @@
 #include "platform/threads/blocked_threads.h"
 #include "platform/threads/sanitizers-posix.h"
 #include "tests/platform/owned_handle.h"
+#include "tests/shared/soon.h"
 
 namespace platform {
 namespace {
@@ -90,9 +91,7 @@ std::string line(const Parts&... parts) {
 }
 
 bool isToldSoon(const std::string& line) {
-    for (DWORD waited = 0; waited < patience; waited += 10, Sleep(10))
-        if (blockedThreads().find(line) != std::string::npos) return true;
-    return false;
+    return mvrtpfec::soon([&] { return blockedThreads().find(line) != std::string::npos; });
 }
 
 TEST(BlockedThreads, SayWhatTheyWaitFor) {
