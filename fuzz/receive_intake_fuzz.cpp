@@ -1,6 +1,6 @@
 // What a live receiver does with datagrams before they reach the graph: counts them, makes their FEC packets
-// ours, puts them in order and keeps account of them. Input: records of a byte, the next packet's length, and the
-// packet; a record of one length byte 0 is time that passes.
+// ours, puts them in order and keeps account of them. Input: records of a byte, the next packet's length, and
+// the packet; a record of one length byte 0 is time that passes.
 
 #include <algorithm>
 #include <chrono>

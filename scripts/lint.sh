@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# lint.sh [BUILD]: checks every source of the repository, by clang-format, by the import rules and, where a build
-# directory is named, by clang-tidy with its compile commands. Exits 1 when any of them objects.
+# lint.sh [BUILD]: checks every source of the repository, by clang-format, by the import rules, by the share of tests
+# and, where a build directory is named, by clang-tidy with its compile commands. Exits 1 when any of them objects.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 build=${1-}
@@ -30,6 +30,7 @@ check_tidy() {
 
 check "clang-format" check_format
 check "imports" scripts/check_imports.sh "${sources[@]}"
+check "share of tests" scripts/test_share.sh "${sources[@]}"
 [[ -z $build ]] || check "clang-tidy" check_tidy
 
 if ((${#failed[@]})); then

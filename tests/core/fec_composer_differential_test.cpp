@@ -5,10 +5,10 @@
 #include <gtest/gtest.h>
 
 #include "core/fec_composer.h"
-#include "tests/core/packets.h"
+#include "tests/core/stream.h"
 #include "tests/model/fec_composer.h"
 
-namespace mvrtpfec::testing {
+namespace mvrtpfec {
 namespace {
 
 /// The C runtime's generator, unseeded.
@@ -26,19 +26,6 @@ private:
 struct Totals {
     std::uint64_t packets = 0, thrown = 0, passedOver = 0, wrapped = 0;
 };
-
-struct Matrix {
-    std::int32_t mode, columns, rows;
-};
-
-Matrix drawMatrix(Random& random) {
-    for (;;) {
-        const auto mode = static_cast<std::int32_t>(random.below(4));
-        const auto columns = static_cast<std::int32_t>(1 + random.below(20));
-        const auto rows = static_cast<std::int32_t>(4 + random.below(17));
-        if (columns * rows <= 100 && (mode != fecBoth || columns >= 4)) return {mode, columns, rows};
-    }
-}
 
 /// Both composers on one stream, each with a sink that throws at the same packets.
 class ComposerTwins {
@@ -111,7 +98,7 @@ bool isPassedOver(const Bytes& media) {
 void runStream(std::uint64_t seed, RuntimeRand& numbers, Totals& totals) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     Random random(seed);
-    ComposerTwins twins(drawMatrix(random), numbers, totals);
+    ComposerTwins twins(drawMatrix(random, fecNone), numbers, totals);
     const double throwing = random.chance(0.2) ? 0.3 : 0;
     const std::size_t usualLength = random.chance(0.3) ? 1328 : 12 + random.below(100);
     auto number = static_cast<std::uint16_t>(random.below(65536));
@@ -148,4 +135,4 @@ TEST(FecComposerDifferential, sequenceCountersWrap) {
 }
 
 }  // namespace
-}  // namespace mvrtpfec::testing
+}  // namespace mvrtpfec

@@ -6,7 +6,7 @@
 #include "tests/core/stream.h"
 #include "tests/model/decoder_twins.h"
 
-namespace mvrtpfec::testing {
+namespace mvrtpfec {
 namespace {
 
 using model::DecoderTwins;
@@ -152,4 +152,4 @@ TEST(FecDecoderDifferential, longStreams) {
 }
 
 }  // namespace
-}  // namespace mvrtpfec::testing
+}  // namespace mvrtpfec

@@ -6,9 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/guard/random.h"
+#include "tests/shared/random.h"
 
-namespace mvrtpfec::testing {
+namespace mvrtpfec {
 namespace {
 
 using Numbers = std::set<std::uint32_t>;
@@ -92,4 +92,4 @@ TEST(SequenceSet, holdsEveryNumberAtOnce) {
 }
 
 }  // namespace
-}  // namespace mvrtpfec::testing
+}  // namespace mvrtpfec

@@ -7,24 +7,9 @@
 #include "core/big_endian.h"
 #include "tests/model/fec_composer.h"
 
-namespace mvrtpfec::testing {
+namespace mvrtpfec {
 
 namespace {
-
-struct Matrix {
-    int mode, columns, rows;
-};
-
-/// Small ones more often: more of their groups lie in a stream.
-Matrix drawMatrix(Random& random) {
-    const std::uint32_t most = random.chance(0.7) ? 6 : 20;
-    for (;;) {
-        const auto mode = static_cast<int>(1 + random.below(3));
-        const auto columns = static_cast<int>(1 + random.below(most));
-        const auto rows = static_cast<int>(4 + random.below(most - 3));
-        if (columns * rows <= 100 && (mode != 3 || columns >= 4)) return {mode, columns, rows};
-    }
-}
 
 std::size_t drawLength(Random& random, const StreamPlan& plan) {
     if (!random.chance(plan.otherLength)) return plan.usualLength;
@@ -199,6 +184,17 @@ private:
 
 }  // namespace
 
+Matrix drawMatrix(Random& random, int leastMode) {
+    const std::uint32_t most = random.chance(0.7) ? 6 : 20;
+    for (;;) {
+        const auto mode =
+            leastMode + static_cast<int>(random.below(static_cast<std::uint32_t>(4 - leastMode)));
+        const auto columns = static_cast<int>(1 + random.below(most));
+        const auto rows = static_cast<int>(4 + random.below(most - 3));
+        if (columns * rows <= 100 && (mode != 3 || columns >= 4)) return {mode, columns, rows};
+    }
+}
+
 StreamPlan drawPlan(Random& random, bool hostile) {
     StreamPlan plan;
     plan.firstNumber =
@@ -227,7 +223,7 @@ std::vector<Bytes> makeStream(Random& random, const StreamPlan& plan) {
         channel.send(std::move(fec));
     };
     for (std::size_t part = 0; part <= plan.matrixChanges; ++part) {
-        const Matrix m = drawMatrix(random);
+        const Matrix m = drawMatrix(random, 1);
         model::FecComposer composer(sendFec, m.mode, m.columns, m.rows, sequence, sequence);
         for (std::size_t n = plan.mediaPackets / (plan.matrixChanges + 1); n > 0; --n) {
             const Bytes media = drawMedia(random, plan, number++);
@@ -250,4 +246,4 @@ std::vector<Bytes> makeOddGroupStream(Random& random) {
     return sender.takeArrivals();
 }
 
-}  // namespace mvrtpfec::testing
+}  // namespace mvrtpfec

@@ -4,9 +4,16 @@
 #include <string>
 #include <vector>
 
-#include "tests/core/packets.h"
+#include "tests/shared/packets.h"
 
-namespace mvrtpfec::testing {
+namespace mvrtpfec {
+
+struct Matrix {
+    int mode, columns, rows;
+};
+
+/// One that can be built; small ones more often, since more of their groups lie in a stream.
+Matrix drawMatrix(Random& random, int leastMode);
 
 /// What a random stream of media and FEC packets is like. Probabilities are per packet.
 struct StreamPlan {
@@ -34,4 +41,4 @@ std::vector<Bytes> makeStream(Random& random, const StreamPlan& plan);
 /// been sent being what they claim.
 std::vector<Bytes> makeOddGroupStream(Random& random);
 
-}  // namespace mvrtpfec::testing
+}  // namespace mvrtpfec

@@ -6,19 +6,18 @@
 
 #include <gtest/gtest.h>
 
-#include "framework/base/base_filter.h"
 #include "mvrtpfec/rtp_fec_filter.h"
 #include "mvrtpfec/rtp_fec_in.h"
 #include "receiver/rtp_fec_in.h"
 #include "sender/rtp_fec_filter.h"
 #include "support/log/queued_logger.h"
 #include "tests/filters/fault_injection.h"
+#include "tests/shared/created_filter.h"
+#include "tests/shared/object_count.h"
 
 namespace mvrtpfec {
 
 namespace {
-
-using CreationFunction = CUnknown* (*)(IUnknown*, HRESULT*);
 
 constexpr HRESULT refused = HRESULT_FROM_WIN32(FaultInjection::error);
 
@@ -78,18 +77,13 @@ TEST(CreationFailure, OfTheReceiverLeaksNothing) {
 
 /// There is nobody to tell; the filter must live, stop and die all the same.
 TEST(CreationFailure, WithoutAWorkerTheReceiverStandsStill) {
-    const LONG objects = CBaseObject::ObjectsActive();
+    const ObjectCount objects;
     const Creation creation = createWith(Resource::thread, 0, CRtpFecIn::CreateInstance);
     ASSERT_TRUE(creation.fired);
     ASSERT_EQ(creation.result, S_OK);
-    void* found = nullptr;
-    ASSERT_EQ(creation.filter->NonDelegatingQueryInterface(IID_IBaseFilter, &found), S_OK);
-    CComPtr<IBaseFilter> filter;
-    filter.Attach(static_cast<IBaseFilter*>(found));
+    const auto filter = filterOf(creation.filter);
     EXPECT_EQ(filter->Pause(), S_OK);
     EXPECT_EQ(filter->Stop(), S_OK);
-    filter.Release();
-    EXPECT_EQ(CBaseObject::ObjectsActive(), objects);
 }
 
 TEST(CreationFailure, OfTheLoggerTellsTheSystemsNumber) {
@@ -109,15 +103,8 @@ TEST(CreationFailure, OfTheLoggerTellsTheSystemsNumber) {
 TEST(CreationFailure, OfWhatAPauseBuilds) {
     HRESULT result = S_OK;
     for (const CreationFunction create : {&CRtpFecFilter::CreateInstance, &CRtpFecIn::CreateInstance}) {
-        void* found = nullptr;
-        ASSERT_EQ(create(nullptr, &result)->NonDelegatingQueryInterface(IID_IBaseFilter, &found), S_OK);
-        CComPtr<IBaseFilter> filter;
-        filter.Attach(static_cast<IBaseFilter*>(found));
-        if (const auto config = queryFor<IFECoverRTPConfig>(filter, IID_IFECoverRTPConfig)) {
-            config->SetColumns(4);
-            config->SetRows(4);
-            config->SetMode(3);
-        }
+        const auto filter = makeFilter(create);
+        setMatrix(filter, 3, 4, 4);
         bool fired = true;
         for (std::size_t n = 0; fired; ++n) {
             {

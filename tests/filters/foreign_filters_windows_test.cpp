@@ -4,14 +4,14 @@
 #include <dshow.h>
 #include <gtest/gtest.h>
 
-#include "core/rtp_packet.h"
-#include "framework/base/com_ptr.h"
 #include "mvrtpfec/rtp_fec_filter.h"
 #include "platform/component/component_runtime.h"
 #include "platform/graph/media_graph.h"
 #include "receiver/rtp_fec_in.h"
 #include "sender/rtp_fec_filter.h"
-#include "tests/filters/feeder.h"
+#include "tests/shared/created_filter.h"
+#include "tests/shared/packets.h"
+#include "tests/shared/rtp_filters.h"
 
 namespace mvrtpfec {
 
@@ -21,7 +21,7 @@ constexpr CLSID infiniteTee{0xF8388A40, 0xD5BB, 0x11D0, {0xBE, 0x5A, 0x00, 0x80,
 constexpr CLSID nullRenderer{0xC1F400A4, 0x3F08, 0x11D3, {0x9F, 0x0B, 0x00, 0x60, 0x08, 0x03, 0x9E, 0x37}};
 
 /// The filters beside the system's own, in the system's graph.
-class ForeignFilters : public testing::Test {
+class ForeignFilters : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_EQ(platform::createFilterGraph(&graph_), S_OK);
@@ -37,33 +37,24 @@ protected:
         return filter;
     }
 
-    CComPtr<IBaseFilter> ours(CUnknown* created) {
-        void* found = nullptr;
-        created->NonDelegatingQueryInterface(IID_IBaseFilter, &found);
-        CComPtr<IBaseFilter> filter;
-        filter.Attach(static_cast<IBaseFilter*>(found));
+    CComPtr<IBaseFilter> ours(CreationFunction create) {
+        const auto filter = makeFilter(create);
+        graph_->AddFilter(filter, nullptr);
+        return filter;
+    }
+    CComPtr<RtpSource> source() {
+        const CComPtr<RtpSource> filter(new RtpSource(1));
         graph_->AddFilter(filter, nullptr);
         return filter;
     }
 
-    CComPtr<Feeder> feeder(std::size_t pins) {
-        const CComPtr<Feeder> filter(new Feeder(pins));
-        graph_->AddFilter(filter, nullptr);
-        return filter;
-    }
-
-    /// The n-th unconnected pin of a direction.
-    static CComPtr<IPin> pin(IBaseFilter* filter, PIN_DIRECTION wanted) {
-        CComPtr<IEnumPins> all;
-        filter->EnumPins(&all);
-        CComPtr<IPin> found;
-        for (; all->Next(1, &found, nullptr) == S_OK; found.Release()) {
-            PIN_DIRECTION direction{};
+    /// The first unconnected pin of a direction.
+    static CComPtr<IPin> pin(IBaseFilter* filter, PIN_DIRECTION direction) {
+        for (const CComPtr<IPin>& pin : pinsOf(filter, direction)) {
             CComPtr<IPin> other;
-            found->QueryDirection(&direction);
-            if (direction == wanted && found->ConnectedTo(&other) == VFW_E_NOT_CONNECTED) return found;
+            if (pin->ConnectedTo(&other) == VFW_E_NOT_CONNECTED) return pin;
         }
-        return found;
+        return {};
     }
 
     HRESULT connect(IBaseFilter* from, IBaseFilter* to) {
@@ -73,13 +64,6 @@ protected:
     HRESULT run() { return queryFor<IMediaControl>(graph_, IID_IMediaControl)->Run(); }
     HRESULT stop() { return queryFor<IMediaControl>(graph_, IID_IMediaControl)->Stop(); }
 
-    static std::array<std::uint8_t, 1328> media(std::uint16_t number) {
-        std::array<std::uint8_t, 1328> bytes{versionTwo, mediaPayloadType};
-        bytes[2] = static_cast<std::uint8_t>(number >> 8);
-        bytes[3] = static_cast<std::uint8_t>(number);
-        return bytes;
-    }
-
     platform::ComponentRuntime runtime_;
     CComPtr<IGraphBuilder> graph_;
 };
@@ -87,12 +71,12 @@ protected:
 TEST_F(ForeignFilters, RenderersTakeWhatTheReceiverDelivers) {
     const auto renderer = foreign(nullRenderer);
     if (!renderer) GTEST_SKIP() << "this system has no null renderer";
-    const auto source = feeder(1);
-    const auto receiver = ours(CRtpFecIn::CreateInstance(nullptr, nullptr));
-    ASSERT_EQ(connect(source, receiver), S_OK);
+    const auto upstream = source();
+    const auto receiver = ours(CRtpFecIn::CreateInstance);
+    ASSERT_EQ(connect(upstream, receiver), S_OK);
     ASSERT_EQ(connect(receiver, renderer), S_OK);
     ASSERT_GE(run(), 0);
-    for (std::uint16_t n = 0; n < 1000; ++n) EXPECT_EQ(source->feed(0, media(n)), S_OK);
+    for (std::uint16_t n = 0; n < 1000; ++n) EXPECT_EQ(upstream->send(mediaPacket(n, 1328)), S_OK);
     EXPECT_GE(stop(), 0);
 }
 
@@ -101,23 +85,20 @@ TEST_F(ForeignFilters, RenderersTakeWhatTheReceiverDelivers) {
 TEST_F(ForeignFilters, RenderersBehindTheSenderHoldNobodyUp) {
     const auto renderer = foreign(nullRenderer);
     if (!renderer) GTEST_SKIP() << "this system has no null renderer";
-    const auto source = feeder(1);
-    const auto sender = ours(CRtpFecFilter::CreateInstance(nullptr, nullptr));
-    const auto matrix = queryFor<IFECoverRTPConfig>(sender, IID_IFECoverRTPConfig);
-    EXPECT_EQ(matrix->SetColumns(1), S_OK);
-    EXPECT_EQ(matrix->SetRows(4), S_OK);
-    EXPECT_EQ(matrix->SetMode(fecRow), S_OK);
-    ASSERT_EQ(connect(source, sender), S_OK);
+    const auto upstream = source();
+    const auto sender = ours(CRtpFecFilter::CreateInstance);
+    setMatrix(sender, fecRow, 1, 4);
+    ASSERT_EQ(connect(upstream, sender), S_OK);
     ASSERT_EQ(connect(sender, renderer), S_OK);
     ASSERT_GE(run(), 0);
-    for (std::uint16_t n = 0; n < 100; ++n) EXPECT_EQ(source->feed(0, media(n)), S_OK);
+    for (std::uint16_t n = 0; n < 100; ++n) EXPECT_EQ(upstream->send(mediaPacket(n, 1328)), S_OK);
     EXPECT_GE(stop(), 0);
 }
 
 TEST_F(ForeignFilters, TeesPassFecOn) {
     const auto tee = foreign(infiniteTee);
     if (!tee) GTEST_SKIP() << "this system has no infinite tee";
-    const auto sender = ours(CRtpFecFilter::CreateInstance(nullptr, nullptr));
+    const auto sender = ours(CRtpFecFilter::CreateInstance);
     EXPECT_EQ(connect(sender, tee), S_OK);
 }
 
@@ -130,7 +111,7 @@ TEST_F(ForeignFilters, FileSourcesAreNoSourcesOfPackets) {
     GetModuleFileNameW(nullptr, program.data(), MAX_PATH);
     ASSERT_EQ(queryFor<IFileSourceFilter>(source, IID_IFileSourceFilter)->Load(program.data(), nullptr),
               S_OK);
-    const auto receiver = ours(CRtpFecIn::CreateInstance(nullptr, nullptr));
+    const auto receiver = ours(CRtpFecIn::CreateInstance);
     connect(source, receiver);
     run();
     stop();

@@ -9,37 +9,24 @@
 #include "core/fec_composer.h"
 #include "receiver/rtp_fec_in.h"
 #include "sender/rtp_fec_filter.h"
+#include "tests/shared/object_count.h"
+#include "tests/shared/packets.h"
 
 namespace mvrtpfec {
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 constexpr int actions = 300;
-
-Bytes mediaPacket(std::uint32_t n) {
-    Bytes packet(200 + n % 7);
-    packet[0] = versionTwo;
-    packet[1] = mediaPayloadType;
-    writeBigEndian16(&packet[2], static_cast<std::uint16_t>(n));
-    return packet;
-}
 
 /// Mostly media in order, at times with a hole, a runt or something foreign.
 Bytes roughPacket(std::uint32_t n) {
     if (n % 97 == 0) return Bytes(n % 14, 0x80);
     if (n % 89 == 0) return Bytes(40, 0x55);
-    return mediaPacket(n % 31 == 0 ? n + 1 : n);
+    return mediaPacket(static_cast<std::uint16_t>(n % 31 == 0 ? n + 1 : n), 200 + n % 7);
 }
 
-class StateMachineTest : public testing::TestWithParam<std::uint32_t> {
-protected:
-    void SetUp() override { before_ = CBaseObject::ObjectsActive(); }
-    void TearDown() override { EXPECT_EQ(CBaseObject::ObjectsActive(), before_) << "something was leaked"; }
-
-private:
-    LONG before_ = 0;
+class StateMachineTest : public ::testing::TestWithParam<std::uint32_t> {
+    const ObjectCount objects_;
 };
 
 TEST_P(StateMachineTest, SenderOutlivesAnything) {
@@ -47,9 +34,7 @@ TEST_P(StateMachineTest, SenderOutlivesAnything) {
     StateMachine machine(CRtpFecFilter::CreateInstance(nullptr, &result), GetParam());
     ASSERT_EQ(result, S_OK);
     const auto config = queryFor<IFECoverRTPConfig>(&machine.filter(), IID_IFECoverRTPConfig);
-    config->SetColumns(4);
-    config->SetRows(4);
-    config->SetMode(3);
+    setMatrix(&machine.filter(), 3, 4, 4);
     machine.addAction("mode",
                       [&] { config->SetMode(static_cast<std::int32_t>(machine.random()() % 5) - 1); });
     machine.addAction("columns",
@@ -75,13 +60,12 @@ private:
 
     void protectNext() {
         const Bytes media = mediaPacket(next_++);
-        const ConstRtpPacketView view{media.data(), static_cast<std::uint16_t>(media.size())};
-        columns_.protect(view);
-        rows_.protect(view);
+        columns_.protect(viewOf(media));
+        rows_.protect(viewOf(media));
     }
     FecPacketSink sinkOf(std::size_t stream) {
         return [this, stream](const std::shared_ptr<RtpPacket>& packet) {
-            made_[stream].emplace_back(packet->view.data, packet->view.data + packet->view.length);
+            made_[stream].push_back(bytesOf(packet->view));
         };
     }
 
@@ -89,7 +73,7 @@ private:
     std::array<std::vector<Bytes>, 2> made_;
     CFecComposer columns_{sinkOf(0), fecColumn, 4, 4};
     CFecComposer rows_{sinkOf(1), fecRow, 4, 4};
-    std::uint32_t next_ = 0;
+    std::uint16_t next_ = 0;
 };
 
 struct CountingSink final : IErrorSink {
@@ -126,7 +110,7 @@ TEST_P(StateMachineTest, ReceiverOutlivesAnything) {
     EXPECT_GT(machine.delivered(), 100u) << "of " << machine.sent();
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, StateMachineTest, testing::Range(1u, 5u));
+INSTANTIATE_TEST_SUITE_P(Seeds, StateMachineTest, ::testing::Range(1u, 5u));
 
 }  // namespace
 

@@ -1,9 +1,7 @@
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <cstring>
-#include <functional>
 #include <future>
 #include <limits>
 #include <set>
@@ -64,6 +62,9 @@ TEST_F(Allocator, refusesPropertiesThatMakeNoPool) {
     ALLOCATOR_PROPERTIES good{1, 1, 1, 0};
     EXPECT_EQ(allocator->SetProperties(nullptr, &good), E_POINTER);
     EXPECT_EQ(allocator->SetProperties(&good, nullptr), E_POINTER);
+    EXPECT_EQ(allocator->GetProperties(nullptr), E_POINTER);
+    EXPECT_EQ(allocator->GetBuffer(nullptr, nullptr, nullptr, 0), E_POINTER);
+    EXPECT_EQ(allocator->ReleaseBuffer(nullptr), E_POINTER);
     EXPECT_EQ(allocator->GetProperties(&actual), S_OK);
     EXPECT_EQ(actual.cBuffers, 0) << "refusals leave nothing behind";
 }
@@ -142,46 +143,34 @@ TEST_F(Allocator, livesWhileASampleIsOut) {
     EXPECT_EQ(CBaseObject::ObjectsActive(), before - 1);
 }
 
-/// Threads that wait for a sample and give it back at once; what each was answered.
-class Waiters {
-public:
-    Waiters(int count, std::function<HRESULT()> wait) {
-        while (count-- > 0) answers_.push_back(std::async(std::launch::async, wait));
-    }
-    bool areDone() const {
-        return std::ranges::all_of(answers_, [](const auto& answer) {
-            return answer.wait_for(std::chrono::milliseconds(1)) == std::future_status::ready;
-        });
-    }
-    bool allWereAnswered(HRESULT expected) {
-        return std::ranges::all_of(answers_, [&](auto& answer) { return answer.get() == expected; });
-    }
-
-private:
-    std::vector<std::future<HRESULT>> answers_;
-};
-
 TEST_F(Allocator, waitersAreServedInTurnOrSentAway) {
+    using namespace std::chrono_literals;
     commit(1);
     CComPtr<IMediaSample> sample;
-    take(sample);
-    const auto wait = [this] {
-        CComPtr<IMediaSample> mine;
-        return take(mine, 0);
+    std::vector<std::future<HRESULT>> waiters;
+    const auto startWaiters = [&] {
+        take(sample);
+        waiters.clear();
+        while (waiters.size() < 3)
+            waiters.push_back(std::async(std::launch::async, [this] {
+                CComPtr<IMediaSample> mine;
+                return take(mine, 0);
+            }));
     };
-    Waiters served(3, wait);
-    EXPECT_FALSE(served.areDone());
+    startWaiters();
+    EXPECT_EQ(waiters[0].wait_for(1ms), std::future_status::timeout);
     sample.Release();
-    EXPECT_TRUE(served.allWereAnswered(S_OK));
+    for (auto& waiter : waiters) EXPECT_EQ(waiter.get(), S_OK);
 
-    take(sample);
-    Waiters sentAway(3, wait);
-    // However soon the next commit follows, who waited before hears of the decommit.
-    while (!sentAway.areDone()) {
-        allocator->Decommit();
-        allocator->Commit();
+    startWaiters();
+    for (auto& waiter : waiters) {
+        // However soon the next commit follows, who waited before hears of the decommit.
+        while (waiter.wait_for(1ms) == std::future_status::timeout) {
+            allocator->Decommit();
+            allocator->Commit();
+        }
+        EXPECT_EQ(waiter.get(), VFW_E_NOT_COMMITTED);
     }
-    EXPECT_TRUE(sentAway.allWereAnswered(VFW_E_NOT_COMMITTED));
 }
 
 TEST_F(Allocator, nothingIsLostAmongThreadsCommitsAndDecommits) {

@@ -10,7 +10,7 @@
 #include "framework/pins/output_pin_with_dynamic_media_type.h"
 #include "framework/pins/upstream_pin.h"
 #include "framework/samples/media_data_impl.h"
-#include "tests/framework/test_filters.h"
+#include "tests/shared/test_filters.h"
 
 namespace mvrtpfec {
 
@@ -64,7 +64,7 @@ public:
     }
 };
 
-class DynamicInputTest : public testing::Test {
+class DynamicInputTest : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_EQ(source_->pin(0).Connect(&input(), nullptr), S_OK);
@@ -72,20 +72,13 @@ protected:
              {static_cast<IBaseFilter*>(sink_.get()), static_cast<IBaseFilter*>(source_.get())})
             ASSERT_EQ(filter->Run(0), S_OK);
     }
-    void TearDown() override {
-        sink_->Stop();
-        source_->Stop();
-        for (std::size_t i = 0; i < 2; ++i) source_->pin(i).Disconnect();
-        input().Disconnect();
-    }
-
     DynamicInput& input() { return sink_->pin(); }
     HRESULT reconnect(std::uint8_t type, std::size_t from = 0) {
         const CMediaType wanted = testType(type);
         return input().ReceiveConnection(&source_->pin(from), &wanted);
     }
     void send(int count) {
-        for (int i = 0; i < count; ++i) ASSERT_EQ(source_->send("x"), S_OK);
+        for (int i = 0; i < count; ++i) ASSERT_EQ(source_->send({1}), S_OK);
     }
 
     Held<TestSource> source_{2};
@@ -197,8 +190,6 @@ TEST(DynamicOutputPin, TellsTheTypeWithTheFirstSample) {
     EXPECT_EQ(types, (std::vector{1, 0, 0}));
     sink->Stop();
     EXPECT_EQ(output.Deliver(&sample), VFW_E_WRONG_STATE);
-    output.Disconnect();
-    sink->pin().Disconnect();
 }
 
 TEST(UpStreamPinTest, DeliversThroughThePin) {
@@ -216,7 +207,7 @@ TEST(UpStreamPinTest, DeliversThroughThePin) {
     ASSERT_EQ(upstream->GetDeliveryBuffer(&data, nullptr, nullptr, 0), S_OK);
     BYTE* bytes = nullptr;
     data->GetPointer(&bytes);
-    bytes[0] = 'x';
+    bytes[0] = 9;
     data->SetActualDataLength(1);
     EXPECT_EQ(upstream->Deliver(data), S_OK);
     IMediaData2* other = nullptr;
@@ -229,11 +220,8 @@ TEST(UpStreamPinTest, DeliversThroughThePin) {
     EXPECT_EQ(upstream->Deliver(&none), E_INVALIDARG);
     EXPECT_EQ(upstream->DeliverEndOfStream(), S_OK);
     EXPECT_EQ(upstream->Inactive(), S_OK);
-    EXPECT_EQ(sink->pin().packets(), (std::vector<std::string>{"x", "x"}));
+    EXPECT_EQ(sink->pin().packets(), (std::vector<Bytes>{{9}, {9}}));
     EXPECT_EQ(sink->pin().endsOfStream, 1);
-    sink->Stop();
-    source->pin().Disconnect();
-    sink->pin().Disconnect();
 }
 
 }  // namespace

@@ -1,6 +1,4 @@
 #include <array>
-#include <functional>
-#include <stdexcept>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -9,6 +7,7 @@
 #include "framework/samples/media_data_impl.h"
 #include "framework/samples/oob_media_sample.h"
 #include "tests/framework/foreign_sample.h"
+#include "tests/shared/message_of.h"
 
 namespace mvrtpfec::testing {
 namespace {
@@ -19,15 +18,6 @@ CComPtr<IMediaData2> wrap(IMediaSample* sample) {
     CreateMediaData2(sample, &created);
     wrapper.Attach(created);
     return wrapper;
-}
-
-std::string messageOf(const std::function<void()>& operation) {
-    try {
-        operation();
-        return "none";
-    } catch (const std::exception& error) {
-        return error.what();
-    }
 }
 
 template <class Record>

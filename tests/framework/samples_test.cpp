@@ -73,6 +73,10 @@ TEST_F(Sample, withoutPayloadThereIsNoPointer) {
     CComPtr<COOBMediaSample> bare(new COOBMediaSample(nullptr, 0));
     BYTE* pointer = payload;
     EXPECT_EQ(bare->GetPointer(&pointer), E_FAIL);
+    EXPECT_EQ(sample->GetPointer(nullptr), E_POINTER);
+    EXPECT_EQ(sample->GetTime(nullptr, nullptr), E_POINTER);
+    EXPECT_EQ(sample->GetMediaTime(nullptr, nullptr), E_POINTER);
+    EXPECT_EQ(sample->GetMediaType(nullptr), E_POINTER);
     EXPECT_EQ(sample->SetActualDataLength(17), VFW_E_BUFFER_OVERFLOW);
     EXPECT_EQ(sample->GetActualDataLength(), 16);
 }

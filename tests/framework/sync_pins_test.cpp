@@ -7,17 +7,14 @@
 
 #include <gtest/gtest.h>
 
-#include "framework/base/base_filter.h"
 #include "framework/sync/sync_input_pin.h"
 #include "framework/sync/sync_output_pin.h"
 #include "platform/component/component_runtime.h"
 #include "platform/graph/media_graph.h"
-#include "platform/wide_literal.h"
+#include "tests/shared/test_filters.h"
 
 namespace mvrtpfec {
 namespace {
-
-using platform::operator""_w;
 
 constexpr std::uint64_t systemClock = 90'000;
 constexpr std::uint64_t wrap33 = std::uint64_t{1} << 33;
@@ -35,21 +32,6 @@ Wide converted(std::uint64_t rate, std::uint64_t modulus, std::uint64_t referenc
     const Wide after = distance(reference, clock);
     const Wide result = before < after ? time - roundedTime(before) : time + roundedTime(after);
     return result < 0 ? result + roundedTime(modulus) : result;
-}
-
-TEST(SynchronizerTest, TakesTheShortWayRound) {
-    CSynchronizer synchronizer(systemClock, wrap33);
-    EXPECT_FALSE(synchronizer.IsSynchronized());
-    synchronizer.SetReference(100, 1'000'000);
-    EXPECT_TRUE(synchronizer.IsSynchronized());
-    EXPECT_EQ(synchronizer.ClockToReferenceTime(190), 1'010'000);
-    EXPECT_EQ(synchronizer.ClockToReferenceTime(10), 990'000);
-    synchronizer.SetReference(wrap33 - 90, 5'000);
-    EXPECT_EQ(synchronizer.ClockToReferenceTime(0), 15'000);
-    synchronizer.SetReference(90, 0);
-    EXPECT_EQ(synchronizer.ClockToReferenceTime(0), 954'437'176'889 - 10'000);
-    synchronizer.ResetReference();
-    EXPECT_FALSE(synchronizer.IsSynchronized());
 }
 
 TEST(SynchronizerTest, AgreesWithWideArithmetic) {
@@ -80,30 +62,17 @@ TEST(SynchronizerTest, AgreesWithWideArithmetic) {
     }
 }
 
-/// A filter of one pin.
-template <class Pin>
-class OnePinFilter final : public CBaseFilter {
+class SourcePin final : public CSyncOutputPin {
 public:
-    template <class... Arguments>
-    explicit OnePinFilter(Arguments... arguments)
-        : CBaseFilter("OnePinFilter", nullptr, &lock_, GUID{1, 2, 3, {}}),
-          pin("Pin", this, &lock_, &result_, "Pin"_w, arguments...) {}
-
-    int GetPinCount() override { return 1; }
-    CBasePin* GetPin(int index) override { return index == 0 ? &pin : nullptr; }
-
-private:
-    CCritSec lock_;
-    HRESULT result_ = S_OK;
-
-public:
-    Pin pin;
+    SourcePin(CBaseFilter* filter, CCritSec* lock, HRESULT* result, LPCWSTR name)
+        : CSyncOutputPin("SourcePin", filter, lock, result, name) {}
 };
 
 /// What comes in can be looked at, and what happens amid a Receive arranged.
 class WatchedPin final : public CSyncInputPin {
 public:
-    using CSyncInputPin::CSyncInputPin;
+    WatchedPin(CBaseFilter* filter, CCritSec* lock, HRESULT* result, LPCWSTR name)
+        : CSyncInputPin("WatchedPin", filter, lock, result, name, wrap33, systemClock) {}
 
     std::function<void()> onceChecked = [] {};
     REFERENCE_TIME lastDuration = -1;
@@ -129,7 +98,7 @@ protected:
         events_ = queryFor<IMediaEvent>(graph_, IID_IMediaEvent);
         ASSERT_EQ(graph_->AddFilter(source_, nullptr), S_OK);
         ASSERT_EQ(graph_->AddFilter(sink_, nullptr), S_OK);
-        ASSERT_EQ(graph_->ConnectDirect(&source_->pin, &sink_->pin, nullptr), S_OK);
+        ASSERT_EQ(graph_->ConnectDirect(&source_->pin(), &sink_->pin(), nullptr), S_OK);
     }
 
     void run() {
@@ -144,13 +113,13 @@ protected:
         CComPtr<IMediaSample> sample;
         BYTE* buffer = nullptr;
         REFERENCE_TIME stop = start + 1;
-        EXPECT_EQ(sink_->pin.GetAllocator(&allocator), S_OK);
+        EXPECT_EQ(sink_->pin().GetAllocator(&allocator), S_OK);
         EXPECT_EQ(allocator->GetBuffer(&sample, nullptr, nullptr, 0), S_OK);
         EXPECT_EQ(sample->GetPointer(&buffer), S_OK);
         std::memcpy(buffer, bytes.data(), bytes.size());
         EXPECT_EQ(sample->SetActualDataLength(static_cast<LONG>(bytes.size())), S_OK);
         EXPECT_EQ(sample->SetTime(&start, &stop), S_OK);
-        return sink_->pin.Receive(sample);
+        return sink_->pin().Receive(sample);
     }
 
     int syncEvents() const {
@@ -169,48 +138,49 @@ protected:
     CComPtr<IGraphBuilder> graph_;
     CComPtr<IMediaControl> control_;
     CComPtr<IMediaEvent> events_;
-    CComPtr<OnePinFilter<CSyncOutputPin>> source_{new OnePinFilter<CSyncOutputPin>()};
-    CComPtr<OnePinFilter<WatchedPin>> sink_{new OnePinFilter<WatchedPin>(wrap33, systemClock)};
+    CComPtr<TestFilter<SourcePin>> source_{new TestFilter<SourcePin>(1)};
+    CComPtr<TestFilter<WatchedPin>> sink_{new TestFilter<WatchedPin>(1)};
 };
 
 TEST_F(SyncPinsTest, ReferencesReachTheOtherFilterAndTheGraphHearsOfTheFirst) {
-    EXPECT_FALSE(sink_->pin.IsSynchronized());
+    EXPECT_FALSE(sink_->pin().IsSynchronized());
     for (int round = 0; round < 2; ++round) {
         run();
         std::thread streaming([&] {
             for (int i = 0; i < 20; ++i)
-                source_->pin.SetReference(wrap33 - 900 + 90 * static_cast<std::uint64_t>(i),
-                                          1'000'000 + 10'000 * i);
+                source_->pin().SetReference(wrap33 - 900 + 90 * static_cast<std::uint64_t>(i),
+                                            1'000'000 + 10'000 * i);
         });
         streaming.join();
-        EXPECT_TRUE(sink_->pin.IsSynchronized());
-        EXPECT_EQ(sink_->pin.ClockToReferenceTime(0), 1'100'000);
-        EXPECT_EQ(sink_->pin.ClockToReferenceTime(0xFFFFFFFF % wrap33), 1'100'000 + 0xFFFFFFFFLL * 1000 / 9);
-        EXPECT_EQ(sink_->pin.lastDuration, 1);
+        EXPECT_TRUE(sink_->pin().IsSynchronized());
+        EXPECT_EQ(sink_->pin().ClockToReferenceTime(0), 1'100'000);
+        EXPECT_EQ(sink_->pin().ClockToReferenceTime(0xFFFFFFFF % wrap33),
+                  1'100'000 + 0xFFFFFFFFLL * 1000 / 9);
+        EXPECT_EQ(sink_->pin().lastDuration, 1);
         EXPECT_EQ(syncEvents(), 1);
         ASSERT_EQ(control_->Stop(), S_OK);
-        EXPECT_FALSE(sink_->pin.IsSynchronized());
-        source_->pin.SetReference(5, 5);
-        EXPECT_FALSE(sink_->pin.IsSynchronized()) << "stopped";
+        EXPECT_FALSE(sink_->pin().IsSynchronized());
+        source_->pin().SetReference(5, 5);
+        EXPECT_FALSE(sink_->pin().IsSynchronized()) << "stopped";
     }
 }
 
 TEST_F(SyncPinsTest, AgreeOnClockSamplesAloneAndOnTheirBuffers) {
     const CMediaType type(MEDIATYPE_Sync, MEDIASUBTYPE_Sync);
-    EXPECT_EQ(source_->pin.CheckMediaType(&type), S_OK);
-    EXPECT_EQ(sink_->pin.CheckMediaType(nullptr), E_POINTER);
+    EXPECT_EQ(source_->pin().CheckMediaType(&type), S_OK);
+    EXPECT_EQ(sink_->pin().CheckMediaType(nullptr), E_POINTER);
     const CMediaType other(MEDIATYPE_Sync, MEDIATYPE_Sync);
-    EXPECT_EQ(sink_->pin.CheckMediaType(&other), S_FALSE);
+    EXPECT_EQ(sink_->pin().CheckMediaType(&other), S_FALSE);
     CMediaType offered;
-    EXPECT_EQ(sink_->pin.GetMediaType(0, &offered), S_OK);
+    EXPECT_EQ(sink_->pin().GetMediaType(0, &offered), S_OK);
     EXPECT_TRUE(offered == type);
-    EXPECT_EQ(sink_->pin.GetMediaType(1, &offered), VFW_S_NO_MORE_ITEMS);
+    EXPECT_EQ(sink_->pin().GetMediaType(1, &offered), VFW_S_NO_MORE_ITEMS);
 
     CComPtr<IMemAllocator> allocator;
-    ASSERT_EQ(sink_->pin.GetAllocator(&allocator), S_OK);
+    ASSERT_EQ(sink_->pin().GetAllocator(&allocator), S_OK);
     ALLOCATOR_PROPERTIES request{1, 100, 0, 7};
     ALLOCATOR_PROPERTIES set{};
-    ASSERT_EQ(source_->pin.DecideBufferSize(allocator, &request), S_OK);
+    ASSERT_EQ(source_->pin().DecideBufferSize(allocator, &request), S_OK);
     ASSERT_EQ(allocator->GetProperties(&set), S_OK);
     EXPECT_EQ(set.cBuffers, 4);
     EXPECT_EQ(set.cbBuffer, 100);
@@ -221,23 +191,23 @@ TEST_F(SyncPinsTest, AgreeOnClockSamplesAloneAndOnTheirBuffers) {
 TEST_F(SyncPinsTest, ASampleOfAnotherLengthChangesNothing) {
     run();
     EXPECT_EQ(receive({9, 8, 7, 6, 1, 0, 0}, 70), E_FAIL);
-    EXPECT_FALSE(sink_->pin.IsSynchronized());
+    EXPECT_FALSE(sink_->pin().IsSynchronized());
     EXPECT_EQ(receive({9, 8, 7, 6, 1, 0, 0, 0}, 7), S_OK);
     EXPECT_EQ(receive({1, 0, 0, 0, 0, 0, 0, 0, 0}, 90), E_FAIL);
-    EXPECT_EQ(sink_->pin.ClockToReferenceTime(0x0106070809), 7);
+    EXPECT_EQ(sink_->pin().ClockToReferenceTime(0x0106070809), 7);
     EXPECT_EQ(syncEvents(), 1);
     ASSERT_EQ(control_->Stop(), S_OK);
 }
 
 TEST_F(SyncPinsTest, AReferenceTakenAmidAStopIsForgottenAtTheNextStart) {
     run();
-    sink_->pin.onceChecked = [&] { sink_->Stop(); };
-    source_->pin.SetReference(5, 5);
+    sink_->pin().onceChecked = [&] { sink_->Stop(); };
+    source_->pin().SetReference(5, 5);
     ASSERT_EQ(control_->Stop(), S_OK);
     syncEvents();
     run();
-    EXPECT_FALSE(sink_->pin.IsSynchronized());
-    source_->pin.SetReference(6, 6);
+    EXPECT_FALSE(sink_->pin().IsSynchronized());
+    source_->pin().SetReference(6, 6);
     EXPECT_EQ(syncEvents(), 1);
     ASSERT_EQ(control_->Stop(), S_OK);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <limits>
 #include <queue>
 
 #include "tests/guard/sender.h"
@@ -18,12 +18,22 @@ struct Impairment {
 /// A network that loses (two-state Gilbert model), delays and repeats packets.
 class Channel {
 public:
-    Channel(const Impairment& impairment, Wire output);
+    Channel(const Impairment& impairment, Wire output)
+        : impairment_(impairment), output_(std::move(output)), random_(impairment.seed) {}
 
-    void push(const WirePacket& packet);
-    void finish();
+    void push(const WirePacket& packet) {
+        ++place_;
+        letOutUpTo(place_);
+        if (isLost()) return;
+        travel(packet);
+        if (random_.chance(impairment_.duplicate)) travel(packet);
+        letOutUpTo(place_);
+    }
+    void finish() { letOutUpTo(std::numeric_limits<std::uint64_t>::max()); }
 
 private:
+    static constexpr double delayedShare = 0.1;
+
     struct Travelling {
         std::uint64_t due;
         std::uint64_t index;  ///< breaks ties: first sent, first there
@@ -33,9 +43,23 @@ private:
         }
     };
 
-    bool isLost();
-    void travel(const WirePacket& packet);
-    void letOutUpTo(std::uint64_t due);
+    bool isLost() {
+        const double loss = impairment_.loss;
+        const bool bursty = impairment_.burst > 1;
+        const double enter = bursty ? loss / (impairment_.burst * (1 - loss)) : loss;
+        const double stay = bursty ? 1 - 1 / impairment_.burst : loss;
+        return losing_ = random_.chance(losing_ ? stay : enter);
+    }
+    void travel(const WirePacket& packet) {
+        std::uint64_t delay = 0;
+        if (impairment_.reorder > 0 && random_.chance(delayedShare))
+            delay = 1 + random_.below(static_cast<std::uint32_t>(impairment_.reorder));
+        travelling_.push({place_ + delay, index_++, packet});
+    }
+    void letOutUpTo(std::uint64_t due) {
+        for (; !travelling_.empty() && travelling_.top().due <= due; travelling_.pop())
+            output_(travelling_.top().packet);
+    }
 
     Impairment impairment_;
     Wire output_;

@@ -1,9 +1,8 @@
 #include "guard/fec_gate.h"
 
-#include <array>
-#include <memory>
-
 #include <gtest/gtest.h>
+
+#include "tests/shared/packets.h"
 
 namespace mvrtpfec {
 namespace {
@@ -13,16 +12,10 @@ using Verdict = FecGate::Verdict;
 class FecGateTest : public ::testing::Test {
 protected:
     Verdict judge(int base, int offset, int count, std::optional<std::uint16_t> position) {
-        const auto fec = makeFec(base, offset, count, number_++);
-        return gate_.judge(fec->view, position);
-    }
-    static std::unique_ptr<RtpPacket> makeFec(int base, int offset, int count, std::uint16_t number) {
-        std::array<std::uint8_t, fecPayloadOffset> bytes{versionTwo, fecPayloadType};
-        writeBigEndian16(&bytes[2], number);
-        writeBigEndian16(&bytes[fec_header::snBase], static_cast<std::uint16_t>(base));
-        bytes[fec_header::offset] = static_cast<std::uint8_t>(offset);
-        bytes[fec_header::protectedCount] = static_cast<std::uint8_t>(count);
-        return std::make_unique<RtpPacket>(bytes.data(), bytes.size());
+        Bytes fec = fecPacketNaming(static_cast<std::uint16_t>(base), FecKind::column,
+                                    static_cast<std::uint8_t>(offset), static_cast<std::uint8_t>(count));
+        writeBigEndian16(&fec[2], number_++);
+        return gate_.judge(viewOf(fec), position);
     }
 
     FecGate gate_;

@@ -8,12 +8,6 @@ namespace {
 constexpr Matrix matrix{5, 5};
 constexpr int flowsAgainAfter = 128 + 2 * 5 * 5;
 
-Source shortPackets() {
-    Source source{20000};
-    source.length = 200;
-    return source;
-}
-
 /// A guarded stream that something gets mixed into; the stream itself must come out whole.
 class MixedStream : public ::testing::Test {
 protected:
@@ -21,7 +15,7 @@ protected:
     template <class Make>
     void sendMixedWith(Make make, int packets) {
         run_.setTap([this, make](const WirePacket&) mutable {
-            const std::vector<std::uint8_t> bytes = make();
+            const Bytes bytes = make();
             ++mixedIn_;
             run_.inject(ReceiverInput::media, bytes);
         });
@@ -31,13 +25,12 @@ protected:
     void expectWhole() {
         run_.finish();
         EXPECT_EQ(run_.residual(), 0);
-        EXPECT_EQ(run_.delivery().mismatched, 0);
-        EXPECT_EQ(run_.delivery().disordered, 0);
+        run_.expectFaithful();
         EXPECT_LE(run_.delivery().longestSilence, flowsAgainAfter);
     }
     GuardFigures figures() { return run_.chain().figures(); }
 
-    StreamRun run_{ReceiverChain::Mode::guarded, matrix, shortPackets()};
+    StreamRun run_{ReceiverChain::Mode::guarded, matrix, {20000, 200}};
     Random random_{7};
     std::uint64_t mixedIn_ = 0;
 };
@@ -75,7 +68,7 @@ TEST_F(MixedStream, BlockReplayed) {
 TEST_F(MixedStream, RuntsAndForeignPackets) {
     sendMixedWith(
         [&] {
-            std::vector<std::uint8_t> bytes(random_.below(28));
+            Bytes bytes(random_.below(28));
             for (std::uint8_t& byte : bytes) byte = static_cast<std::uint8_t>(random_.bits());
             if (!bytes.empty() && random_.chance(0.5)) bytes[0] = versionTwo;
             if (bytes.size() > 1) bytes[1] = random_.chance(0.5) ? fecPayloadType : bytes[1] & 0x1f;
@@ -89,10 +82,7 @@ TEST_F(MixedStream, RuntsAndForeignPackets) {
 TEST_F(MixedStream, StrayPacketsOfOtherSources) {
     sendMixedWith(
         [&] {
-            std::vector<std::uint8_t> bytes(200);
-            bytes[0] = versionTwo;
-            bytes[1] = mediaPayloadType;
-            writeBigEndian16(&bytes[2], static_cast<std::uint16_t>(random_.bits()));
+            Bytes bytes = randomMediaPacket(random_, static_cast<std::uint16_t>(random_.bits()), 200);
             writeBigEndian32(&bytes[8], static_cast<std::uint32_t>(random_.bits()));
             return bytes;
         },
@@ -105,9 +95,9 @@ TEST_F(MixedStream, StrayPacketsOfOtherSources) {
 
 class HostileFec : public MixedStream {
 protected:
-    std::vector<std::uint8_t> makeFec() {
+    Bytes makeFec() {
         constexpr std::uint8_t sides[] = {0, 1, 5, 20, 255};
-        std::vector<std::uint8_t> bytes(fecPayloadOffset + random_.below(1600));
+        Bytes bytes(fecPayloadOffset + random_.below(1600));
         for (std::uint8_t& byte : bytes) byte = static_cast<std::uint8_t>(random_.bits());
         bytes[0] = versionTwo | (bytes[0] & paddingBit);
         bytes[1] = fecPayloadType | (bytes[1] & markerBit);

@@ -1,9 +1,10 @@
 #include "guard/media_orderer.h"
 
-#include <array>
 #include <string>
 
 #include <gtest/gtest.h>
+
+#include "tests/shared/packets.h"
 
 namespace mvrtpfec {
 namespace {
@@ -15,8 +16,7 @@ protected:
 
     void push(std::initializer_list<int> numbers, std::uint32_t ssrc = 1, std::uint32_t run = 0) {
         for (const int number : numbers) {
-            std::array<std::uint8_t, rtpHeaderSize> bytes{versionTwo, mediaPayloadType};
-            writeBigEndian16(&bytes[2], static_cast<std::uint16_t>(number));
+            Bytes bytes = mediaPacket(static_cast<std::uint16_t>(number));
             writeBigEndian32(&bytes[4], run + static_cast<std::uint32_t>(number) * 300);
             writeBigEndian32(&bytes[8], ssrc);
             orderer_.push(std::make_unique<RtpPacket>(bytes.data(), bytes.size()));

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <algorithm>
-#include <memory>
-#include <vector>
+#include <gtest/gtest.h>
 
 #include "tests/guard/channel.h"
 #include "tests/guard/ideal_decoder.h"
@@ -17,7 +15,12 @@ struct Delivery {
     std::int64_t longestSilence = 0;  ///< most media packets pushed between two delivered
     std::vector<bool> delivered;
 
-    std::int64_t residual(std::int64_t first, std::int64_t end) const;
+    std::int64_t residual(std::int64_t first, std::int64_t end) const {
+        std::int64_t missing = 0;
+        for (auto id = static_cast<std::size_t>(first); id < static_cast<std::size_t>(end); ++id)
+            missing += id >= delivered.size() || !delivered[id];
+        return missing;
+    }
 };
 
 /// A stream from senders through the network into a chain. Packets reach the chain while they are
@@ -25,21 +28,51 @@ struct Delivery {
 class StreamRun {
 public:
     StreamRun(ReceiverChain::Mode mode, const Matrix& matrix, const Source& source,
-              const Impairment& impairment = {});
+              const Impairment& impairment = {})
+        : matrix_(matrix),
+          chain_(mode, [this](const Bytes& packet) { take(packet); }),
+          channel_(impairment, [this](const WirePacket& packet) { arrive(packet); }) {
+        restart(source);
+    }
 
-    void send(int packets);
+    void send(int packets) {
+        sender_->send(packets);
+        counted_ = log_.count();
+    }
     /// A source that starts anew, its FEC with it.
-    void restart(const Source& source);
-    void restart(const Source& source, const Matrix& matrix);
+    void restart(const Source& source) {
+        channel_.finish();
+        sender_ = std::make_unique<Sender>(matrix_, source, log_,
+                                           [this](const WirePacket& packet) { channel_.push(packet); });
+    }
+    void restart(const Source& source, const Matrix& matrix) {
+        matrix_ = matrix;
+        restart(source);
+    }
     /// Straight into the chain, past the network.
-    void inject(ReceiverInput port, Bytes bytes) { chain_.push(port, bytes); }
+    void inject(ReceiverInput port, const Bytes& bytes) { chain_.push(port, bytes); }
     /// From now on the network gives each packet to `tap` too.
     void setTap(Wire tap) { tap_ = std::move(tap); }
-    void finish();
+    void finish() {
+        constexpr int slack = 64;
+        channel_.finish();
+        // The network is left out: padding is not lost.
+        const Wire past = [this](const WirePacket& packet) { chain_.push(packet.port, packet.bytes); };
+        Source padding{sender_->nextNumber()};
+        padding.ssrc = sender_->ssrc();
+        Sender(matrix_, padding, log_, past)
+            .sendBare(2 * matrix_.columns * std::max<int>(matrix_.rows, 1) + slack);
+        chain_.finish();
+    }
     /// Measures the longest silence from here on.
     void resetSilence() { delivery_.longestSilence = silence_ = 0; }
 
-    std::int64_t sent() const { return log_.count(); }
+    /// Nothing came that wasn't sent, nor out of order.
+    void expectFaithful() const {
+        EXPECT_EQ(delivery_.mismatched, 0);
+        EXPECT_EQ(delivery_.disordered, 0);
+    }
+
     std::uint16_t nextNumber() const { return sender_->nextNumber(); }
     std::int64_t residual() const { return delivery_.residual(0, counted_); }
     std::int64_t idealResidual() { return ideal_.missingOf(counted_); }
@@ -47,8 +80,28 @@ public:
     ReceiverChain& chain() { return chain_; }
 
 private:
-    void arrive(const WirePacket& packet);
-    void take(Bytes packet);
+    void arrive(const WirePacket& packet) {
+        if (packet.port == ReceiverInput::media) {
+            ++silence_;
+            delivery_.longestSilence = std::max(delivery_.longestSilence, silence_);
+        }
+        ideal_.take(packet);
+        if (tap_) tap_(packet);
+        chain_.push(packet.port, packet.bytes);
+    }
+    void take(const Bytes& packet) {
+        silence_ = 0;
+        const std::int64_t id = log_.find(packet);
+        if (id == SentLog::unknown) {
+            ++delivery_.mismatched;
+            return;
+        }
+        const auto index = static_cast<std::size_t>(id);
+        if (delivery_.delivered.size() <= index) delivery_.delivered.resize(index + 1);
+        delivery_.delivered[index] = true;
+        delivery_.disordered += id <= lastId_;
+        lastId_ = id;
+    }
 
     Matrix matrix_;
     SentLog log_;

@@ -1,31 +1,21 @@
 #pragma once
 
-#include <algorithm>
-#include <memory>
-#include <string>
-
 #include <gtest/gtest.h>
 
-#include "framework/base/com_ptr.h"
 #include "platform/component/component_runtime.h"
 #include "platform/graph/media_graph.h"
 #include "tests/platform/journal_filter.h"
+#include "tests/shared/object_count.h"
 
 namespace mvrtpfec {
 
 /// A graph, its interfaces and the journal of its filters.
-class FilterGraphTest : public testing::Test {
+class FilterGraphTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        objectsBefore_ = CBaseObject::ObjectsActive();
         ASSERT_EQ(platform::createFilterGraph(&graph_), S_OK);
         control_ = queryFor<IMediaControl>(graph_, IID_IMediaControl);
         events_ = queryFor<IMediaEvent>(graph_, IID_IMediaEvent);
-    }
-
-    void TearDown() override {
-        releaseGraph();
-        EXPECT_EQ(CBaseObject::ObjectsActive(), objectsBefore_);
     }
 
     void releaseGraph() {
@@ -35,7 +25,7 @@ protected:
     }
 
     /// Held by the graph alone.
-    JournalFilter& add(const char* name, std::size_t outputs = 1) {
+    JournalFilter& add(const char* name, int outputs = 1) {
         auto* filter = new JournalFilter(name, outputs, journal_);
         const CComPtr<IBaseFilter> reference(filter);
         EXPECT_EQ(graph_->AddFilter(filter, nullptr), S_OK);
@@ -43,21 +33,7 @@ protected:
     }
 
     void connect(JournalFilter& from, JournalFilter& to, std::size_t output = 0) {
-        ASSERT_EQ(graph_->ConnectDirect(from.output(output), to.input(), nullptr), S_OK);
-    }
-
-    std::ptrdiff_t when(const std::string& entry) const {
-        const auto found = std::ranges::find(journal_, entry);
-        EXPECT_NE(found, journal_.end()) << entry;
-        return found - journal_.begin();
-    }
-
-    void expectOrder(std::initializer_list<const char*> entries) const {
-        std::ptrdiff_t last = -1;
-        for (const char* entry : entries) {
-            EXPECT_GT(when(entry), last) << entry;
-            last = when(entry);
-        }
+        ASSERT_EQ(graph_->ConnectDirect(&from.pin(output), &to.input(), nullptr), S_OK);
     }
 
     OAFilterState state() const {
@@ -73,11 +49,11 @@ protected:
     static constexpr LONG patience = 10'000;
 
     const platform::ComponentRuntime runtime_;
+    const ObjectCount objects_;
     Journal journal_;
     CComPtr<IGraphBuilder> graph_;
     CComPtr<IMediaControl> control_;
     CComPtr<IMediaEvent> events_;
-    LONG objectsBefore_ = 0;
 };
 
 }  // namespace mvrtpfec

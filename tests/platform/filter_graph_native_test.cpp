@@ -35,8 +35,8 @@ TEST_F(FilterGraphTest, AnErrorEndsTheWaitForTheEnd) {
 TEST_F(FilterGraphTest, OnlyFiltersOfTheGraphAreConnected) {
     JournalFilter& source = add("source");
     const CComPtr<IBaseFilter> foreign(new JournalFilter("foreign", 0, journal_));
-    EXPECT_LT(
-        graph_->ConnectDirect(source.output(0), static_cast<JournalFilter*>(foreign.p)->input(), nullptr), 0);
+    EXPECT_LT(graph_->ConnectDirect(&source.pin(), &static_cast<JournalFilter*>(foreign.p)->input(), nullptr),
+              0);
 }
 
 TEST_F(FilterGraphTest, TheClockRefusesATimeThatNeverComesAndGoesAtOnce) {

@@ -21,8 +21,8 @@ TEST_F(FilterGraphTest, StateChangesGoUpstream) {
     EXPECT_EQ(state(), State_Running);
     ASSERT_EQ(control_->Stop(), S_OK);
     EXPECT_EQ(state(), State_Stopped);
-    expectOrder({"sink pause", "middle pause", "source pause", "sink run", "middle run", "source run",
-                 "sink stop", "middle stop", "source stop"});
+    expectOrder(journal_, {"sink pause", "middle pause", "source pause", "sink run", "middle run",
+                           "source run", "sink stop", "middle stop", "source stop"});
     EXPECT_EQ(sink.state(), State_Stopped);
     EXPECT_EQ(sink.started(), source.started());
 }
@@ -107,7 +107,8 @@ TEST_F(FilterGraphTest, ARemovedFilterIsConnectedNoMoreAndHoldsNothing) {
     const CComPtr<IBaseFilter> reference(&middle);
 
     ASSERT_EQ(graph_->RemoveFilter(&middle), S_OK);
-    for (IPin* pin : {source.output(0), middle.input(), middle.output(0), sink.input()}) {
+    for (IPin* pin : {static_cast<IPin*>(&source.pin()), static_cast<IPin*>(&middle.input()),
+                      static_cast<IPin*>(&middle.pin()), static_cast<IPin*>(&sink.input())}) {
         CComPtr<IPin> peer;
         EXPECT_EQ(pin->ConnectedTo(&peer), VFW_E_NOT_CONNECTED);
     }
@@ -166,7 +167,7 @@ TEST_F(FilterGraphTest, AGraphLetsGoOfRunningFiltersWhenItEnds) {
     releaseGraph();
     EXPECT_EQ(sink.state(), State_Stopped);
     CComPtr<IPin> peer;
-    EXPECT_EQ(sink.input()->ConnectedTo(&peer), VFW_E_NOT_CONNECTED);
+    EXPECT_EQ(sink.input().ConnectedTo(&peer), VFW_E_NOT_CONNECTED);
 }
 
 }  // namespace

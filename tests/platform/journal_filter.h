@@ -1,48 +1,51 @@
 #pragma once
 
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include "framework/base/base_filter.h"
-#include "framework/base/base_input_pin.h"
-#include "framework/base/base_output_pin.h"
+#include "tests/shared/journal.h"
+#include "tests/shared/test_filters.h"
 
 namespace mvrtpfec {
 
-/// What the filters of a graph were told, in order: "name call".
-using Journal = std::vector<std::string>;
-
-/// A filter with one input and any number of outputs that writes its state changes down.
-class JournalFilter final : public CBaseFilter {
+/// A filter that writes its state changes down: "name call".
+class JournalFilter final : public ForkFilter {
 public:
-    JournalFilter(std::string name, std::size_t outputs, Journal& journal);
-    ~JournalFilter() override;
-
-    CBasePin* input() { return pins_.front().get(); }
-    CBasePin* output(std::size_t n) { return pins_[n + 1].get(); }
+    JournalFilter(std::string name, int outputs, Journal& journal)
+        : ForkFilter(outputs), name_(std::move(name)), journal_(journal) {}
 
     /// Done inside each state change of that name ("pause", "run", "stop"); its result is the call's.
-    void onCall(std::string call, std::function<HRESULT()> action);
+    void onCall(std::string call, std::function<HRESULT()> action) {
+        actionCall_ = std::move(call);
+        action_ = std::move(action);
+    }
     /// Sends an event as a renderer does, with itself in EC_COMPLETE.
-    HRESULT send(LONG code);
+    HRESULT send(LONG code) {
+        const auto self = reinterpret_cast<LONG_PTR>(static_cast<IBaseFilter*>(this));
+        return NotifyEvent(code, S_OK, code == EC_COMPLETE ? self : 0);
+    }
     FILTER_STATE state() const { return m_State; }
     REFERENCE_TIME started() const { return started_; }
 
-    int GetPinCount() override { return static_cast<int>(pins_.size()); }
-    CBasePin* GetPin(int n) override;
-    STDMETHODIMP Pause() override;
-    STDMETHODIMP Run(REFERENCE_TIME start) override;
-    STDMETHODIMP Stop() override;
+    STDMETHODIMP Pause() override {
+        const HRESULT result = note("pause");
+        return FAILED(result) ? result : ForkFilter::Pause();
+    }
+    STDMETHODIMP Run(REFERENCE_TIME start) override {
+        started_ = start;
+        const HRESULT result = note("run");
+        return FAILED(result) ? result : ForkFilter::Run(start);
+    }
+    STDMETHODIMP Stop() override {
+        note("stop");
+        return ForkFilter::Stop();
+    }
 
 private:
-    HRESULT note(const char* call);
+    HRESULT note(const char* call) {
+        journal_.push_back(name_ + " " + call);
+        return action_ && call == actionCall_ ? action_() : S_OK;
+    }
 
-    CCritSec lock_;
     std::string name_;
     Journal& journal_;
-    std::vector<std::unique_ptr<CBasePin>> pins_;
     std::string actionCall_;
     std::function<HRESULT()> action_;
     REFERENCE_TIME started_ = 0;

@@ -148,17 +148,6 @@ TEST(WaitStress, TryingTogetherAndAloneExcludesOthers) {
     EXPECT_TRUE(isTaken(both[0]) && isTaken(both[1]));
 }
 
-TEST(WaitStress, ManualResetFreesAll) {
-    const ManualEvent go;
-    std::atomic<int> freed{0};
-    Threads threads;
-    for (int i = 0; i < 8; ++i) threads.emplace_back([&] { freed += isTaken(go, patience) ? 1 : 0; });
-    Sleep(10);
-    SetEvent(go);
-    threads.clear();
-    EXPECT_EQ(freed, 8);
-}
-
 TEST(WaitStress, WhoIsFreedMayCloseTheObject) {
     constexpr int rounds = 20'000;
     std::atomic<HANDLE> offered{nullptr};

@@ -1,87 +1,89 @@
 #pragma once
 
-#include <array>
-#include <chrono>
-#include <cstdint>
-#include <functional>
-#include <string>
-#include <thread>
-#include <vector>
-
 #include <gtest/gtest.h>
 
-#include "framework/base/mem_allocator.h"
 #include "receiver/rtp_fec_in.h"
-#include "tests/framework/test_filters.h"
+#include "tests/shared/limited_allocator.h"
+#include "tests/shared/object_count.h"
+#include "tests/shared/packets.h"
+#include "tests/shared/rtp_filters.h"
+#include "tests/shared/soon.h"
 
 namespace mvrtpfec {
 
-using Packet = std::string;
-
-/// A media packet whose payload and length follow from its number; `length` 0 for a usual one.
-Packet mediaPacket(std::uint16_t number, std::size_t length = 0);
-std::vector<Packet> mediaPackets(std::uint16_t first, std::size_t count);
-
-/// Waits for what another thread is about to do; false when it doesn't.
-template <class Condition>
-bool soon(Condition condition) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
-
-/// A pool that gives out buffers of at most so many bytes, with every attribute set.
-class OddAllocator final : public CMemAllocator {
-public:
-    explicit OddAllocator(LONG limit) : CMemAllocator(nullptr, nullptr), limit_(limit) {}
-
-    STDMETHODIMP SetProperties(ALLOCATOR_PROPERTIES* request, ALLOCATOR_PROPERTIES* actual) override;
-    STDMETHODIMP GetBuffer(IMediaSample** buffer, REFERENCE_TIME* start, REFERENCE_TIME* stop,
-                           DWORD flags) override;
-
-private:
-    LONG limit_;
-};
-
 /// A receiver between a source of three pins and a sink.
-class ReceiverTest : public testing::Test {
+class ReceiverTest : public ::testing::Test {
 protected:
-    ReceiverTest();
-    /// Stops, disconnects, and finds every sample home and every object gone.
-    ~ReceiverTest() override;
+    ReceiverTest() {
+        sink().behaviour.accepted = {CMediaType(MEDIATYPE_Stream, MEDIASUBTYPE_MPEG2_TRANSPORT)};
+    }
+    /// Stops, and finds every sample home.
+    ~ReceiverTest() override {
+        if (filter_.get() == nullptr) return;
+        stop();
+        for (std::size_t i = 0; i < 3; ++i) expectSamplesHome(i);
+    }
 
-    void connect();
-    void run();
-    void stop();
-    HRESULT send(std::size_t input, const Packet& packet) { return source_->send(packet, input); }
-    void sendAll(std::size_t input, const std::vector<Packet>& packets);
+    void connect() {
+        for (std::size_t i = 0; i < 3; ++i)
+            ASSERT_EQ(source().pin(i).Connect(filter().GetPin(static_cast<int>(i)), nullptr), S_OK);
+        ASSERT_EQ(output().Connect(&sink(), nullptr), S_OK);
+    }
+    void run() {
+        ASSERT_EQ(sink_->Run(0), S_OK);
+        ASSERT_EQ(filter().Run(0), S_OK);
+        ASSERT_EQ(source().Run(0), S_OK);
+    }
+    void start() {
+        connect();
+        run();
+    }
+    void stop() {
+        EXPECT_EQ(filter().Stop(), S_OK);
+        sink_->Stop();
+        source().Stop();
+    }
+    HRESULT send(std::size_t input, const Bytes& packet) { return source().send(packet, input); }
+    void sendAll(std::size_t input, const std::vector<Bytes>& packets) {
+        for (const Bytes& packet : packets) ASSERT_EQ(send(input, packet), S_OK);
+    }
 
-    CRtpFecIn& filter() { return *filter_; }
+    CRtpFecIn& filter() { return *filter_.get(); }
     /// An input as upstream sees it.
-    IMemInputPin& input(std::size_t index);
-    CRtpFecInOutputPin& output() { return static_cast<CRtpFecInOutputPin&>(*filter_->GetPin(3)); }
+    IMemInputPin& input(std::size_t index) {
+        return static_cast<CBaseInputPin&>(*filter().GetPin(static_cast<int>(index)));
+    }
+    CRtpFecInOutputPin& output() { return static_cast<CRtpFecInOutputPin&>(*filter().GetPin(3)); }
     TestSource& source() { return *source_.get(); }
     TestInputPin& sink() { return sink_->pin(); }
-    std::vector<Packet> delivered() { return sink().packets(); }
-    RtpFecInTotals totals();
+    RtpFecInTotals totals() {
+        RtpFecInTotals totals;
+        EXPECT_EQ(filter().GetTotals(&totals), S_OK);
+        return totals;
+    }
     bool received(std::uint64_t packets) {
         return soon([&] { return totals().received == packets; });
     }
-    void disconnect();
-    void release() { reference_.Release(); }
-
-    CComPtr<IBaseFilter> reference_;
+    void release() { filter_.release(); }
 
 private:
-    void expectSamplesHome();
+    /// Those that the worker took while the filter was being stopped come home a moment later.
+    void expectSamplesHome(std::size_t input) {
+        const auto counter = queryFor<IMemAllocatorCallbackTemp>(source().pin(input).allocator(),
+                                                                 IID_IMemAllocatorCallbackTemp);
+        if (counter == nullptr) return;
+        EXPECT_TRUE(soon([&] {
+            LONG free = 0;
+            counter->GetFreeCount(&free);
+            return free == 100;
+        })) << "input "
+            << input;
+    }
 
-    LONG objectsBefore_ = CBaseObject::ObjectsActive();
-    CRtpFecIn* filter_;
-    Held<TestSource> source_{3};
-    Held<TestSink> sink_{1};
+    const ObjectCount objects_;
+    Held<CRtpFecIn> filter_{static_cast<CRtpFecIn*>(CRtpFecIn::CreateInstance(nullptr, nullptr))};
+    Held<RtpSource> source_{3};
+    Held<AnySink> sink_{1};
 };
 
 }  // namespace mvrtpfec

@@ -1,12 +1,10 @@
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <string>
-#include <vector>
 
 #include "platform/module/memory_registration.h"
+#include "tests/shared/journal.h"
 
 namespace trial {
 
@@ -25,7 +23,7 @@ class TrialRegistration final : public platform::MemoryRegistration {
 public:
     using RegistryKey = platform::RegistryKey;
 
-    std::vector<std::string> journal;
+    mvrtpfec::Journal journal;
     int failAt = 0;          ///< number of the failing call, from 1
     std::string failAlways;  ///< how the entries of calls begin that always fail
     std::string failed;      ///< the latest call that did

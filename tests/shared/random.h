@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <random>
 
-namespace mvrtpfec::testing {
+namespace mvrtpfec {
 
 /// Numbers that are the same on every platform, which those of the standard distributions are not.
 class Random {
@@ -23,4 +23,4 @@ private:
     std::mt19937_64 engine_;
 };
 
-}  // namespace mvrtpfec::testing
+}  // namespace mvrtpfec

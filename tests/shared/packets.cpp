@@ -1,11 +1,12 @@
-#include "tests/core/packets.h"
+#include "tests/shared/packets.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 
 #include "core/big_endian.h"
 
-namespace mvrtpfec::testing {
+namespace mvrtpfec {
 
 Bytes mediaPacket(std::uint16_t sequenceNumber, std::size_t length) {
     Random random(sequenceNumber);
@@ -14,9 +15,20 @@ Bytes mediaPacket(std::uint16_t sequenceNumber, std::size_t length) {
     return packet;
 }
 
+std::vector<Bytes> mediaPackets(std::uint16_t first, std::size_t count) {
+    std::vector<Bytes> packets;
+    for (std::size_t n = 0; n < count; ++n)
+        packets.push_back(mediaPacket(static_cast<std::uint16_t>(first + n)));
+    return packets;
+}
+
 Bytes randomMediaPacket(Random& random, std::uint16_t sequenceNumber, std::size_t length) {
-    Bytes packet(length);
-    std::generate(packet.begin(), packet.end(), [&] { return static_cast<std::uint8_t>(random.below(256)); });
+    Bytes packet(length + sizeof(std::uint64_t));
+    for (std::size_t i = 0; i < length; i += sizeof(std::uint64_t)) {
+        const std::uint64_t word = random.bits();
+        std::memcpy(&packet[i], &word, sizeof word);
+    }
+    packet.resize(length);
     packet[0] = versionTwo;
     packet[1] = static_cast<std::uint8_t>((packet[1] & markerBit) | mediaPayloadType);
     writeBigEndian16(packet.data() + 2, sequenceNumber);
@@ -54,4 +66,4 @@ std::vector<std::uint16_t> numbersOf(const std::vector<Bytes>& packets) {
     return numbers;
 }
 
-}  // namespace mvrtpfec::testing
+}  // namespace mvrtpfec

@@ -4,19 +4,16 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstring>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <span>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include "framework/base/base_filter.h"
 #include "framework/base/base_input_pin.h"
 #include "framework/base/base_output_pin.h"
+#include "tests/shared/bytes.h"
 
 namespace mvrtpfec {
 
@@ -27,7 +24,13 @@ inline CMediaType testType(std::uint8_t number) {
     return type;
 }
 
-/// What a test pin accepts and where it fails; to be set before anything streams.
+inline Bytes bytesOf(IMediaSample* sample) {
+    BYTE* data = nullptr;
+    sample->GetPointer(&data);
+    return Bytes(data, data + sample->GetActualDataLength());
+}
+
+/// What a test pin accepts (without a list, anything) and where it fails; to be set before anything streams.
 struct PinBehaviour {
     std::vector<CMediaType> accepted{testType(1)};
     std::vector<CMediaType> offered{testType(1)};
@@ -53,7 +56,7 @@ public:
     PinBehaviour behaviour;
     PinCalls calls;
 
-    void tryOwnTypesFirst() { this->m_bTryMyTypesFirst = true; }
+    void tryOwnTypesFirst(bool on) { this->m_bTryMyTypesFirst = on; }
     using Base::allocator;
     using Base::IsConnectedTo;
     using Base::PassNotify;
@@ -63,7 +66,7 @@ public:
         if (result != S_OK) return result;
         for (const CMediaType& each : behaviour.accepted)
             if (each == *type) return S_OK;
-        return S_FALSE;
+        return behaviour.accepted.empty() ? S_OK : S_FALSE;
     }
     HRESULT GetMediaType(int position, CMediaType* type) override {
         const auto index = static_cast<std::size_t>(position);
@@ -123,7 +126,7 @@ public:
     std::optional<ALLOCATOR_PROPERTIES> requirements;
     /// The allocators refused before one is taken.
     int allocatorsRefused = 0;
-    HRESULT canBlock = S_OK;
+    std::optional<HRESULT> canBlock;
     /// Called for each sample taken.
     std::function<void(IMediaSample*)> onSample;
 
@@ -133,9 +136,16 @@ public:
     std::atomic<int> flushesEnded{0};
 
     /// The bytes of the samples taken.
-    std::vector<std::string> packets() const {
+    std::vector<Bytes> packets() const {
         const std::lock_guard lock(mutex_);
         return packets_;
+    }
+    /// From now on keeps every sample, so that upstream runs out of buffers; or lets go, old ones too.
+    void hold(bool on) {
+        std::vector<CComPtr<IMediaSample>> released;
+        const std::lock_guard lock(mutex_);
+        holding_ = on;
+        if (!on) released.swap(held_);
     }
 
     STDMETHODIMP Receive(IMediaSample* sample) override {
@@ -146,9 +156,11 @@ public:
             onSample(sample);
         else
             record(sample);
+        const std::lock_guard lock(mutex_);
+        if (holding_) held_.emplace_back(sample);
         return S_OK;
     }
-    STDMETHODIMP ReceiveCanBlock() override { return canBlock; }
+    STDMETHODIMP ReceiveCanBlock() override { return canBlock ? *canBlock : TestPin::ReceiveCanBlock(); }
     STDMETHODIMP EndOfStream() override {
         ++endsOfStream;
         return TestPin::EndOfStream();
@@ -176,14 +188,14 @@ public:
 
 private:
     void record(IMediaSample* sample) {
-        BYTE* data = nullptr;
-        if (FAILED(sample->GetPointer(&data))) return;
         const std::lock_guard lock(mutex_);
-        packets_.emplace_back(data, data + sample->GetActualDataLength());
+        packets_.push_back(bytesOf(sample));
     }
 
     mutable std::mutex mutex_;
-    std::vector<std::string> packets_;
+    std::vector<Bytes> packets_;
+    bool holding_ = false;
+    std::vector<CComPtr<IMediaSample>> held_;
 };
 
 /// A filter of `Pin`s that are named "Pin 1", "Pin 2", ...
@@ -221,15 +233,14 @@ class TestSource : public TestFilter<TestOutputPin> {
 public:
     using TestFilter::TestFilter;
 
-    /// Copies the bytes into a sample and delivers it; waits for a free buffer unless `flags` says otherwise.
-    HRESULT send(std::string_view bytes, std::size_t index = 0, DWORD flags = 0) {
+    /// Copies the bytes into a sample and delivers it; waits for a free buffer.
+    HRESULT send(const Bytes& bytes, std::size_t index = 0) {
         CComPtr<IMediaSample> sample;
-        HRESULT result = pin(index).GetDeliveryBuffer(&sample, nullptr, nullptr, flags);
+        const HRESULT result = pin(index).GetDeliveryBuffer(&sample, nullptr, nullptr, 0);
         if (FAILED(result)) return result;
         BYTE* data = nullptr;
-        result = sample->GetPointer(&data);
-        if (FAILED(result)) return result;
-        std::memcpy(data, bytes.data(), bytes.size());
+        sample->GetPointer(&data);
+        std::ranges::copy(bytes, data);
         sample->SetActualDataLength(static_cast<LONG>(bytes.size()));
         return pin(index).Deliver(sample);
     }
@@ -237,15 +248,43 @@ public:
 
 using TestSink = TestFilter<TestInputPin>;
 
-/// A filter and the test's reference on it.
+/// One input and any number of outputs.
+class ForkFilter : public TestSource {
+public:
+    explicit ForkFilter(int outputs) : TestSource(outputs) {}
+
+    TestInputPin& input() { return input_; }
+    int GetPinCount() override { return TestSource::GetPinCount() + 1; }
+    CBasePin* GetPin(int index) override { return index == 0 ? &input_ : TestSource::GetPin(index - 1); }
+
+private:
+    HRESULT result_ = S_OK;
+    TestInputPin input_{this, &lock_, &result_, nullptr};
+};
+
+/// A filter and the test's reference on it. It is stopped and disconnected before that goes, since connected
+/// pins hold each other's filters.
 template <class Filter>
 class Held {
 public:
-    explicit Held(int pins) : filter_(new Filter(pins)), reference_(filter_) {}
+    explicit Held(int pins) : Held(new Filter(pins)) {}
+    explicit Held(Filter* filter) : filter_(filter), reference_(filter) {}
+    ~Held() {
+        if (filter_ == nullptr) return;
+        filter_->Stop();
+        for (int n = 0; n < filter_->GetPinCount(); ++n) filter_->GetPin(n)->Disconnect();
+    }
+    Held(const Held&) = delete;
+    Held& operator=(const Held&) = delete;
 
     Filter* operator->() const { return filter_; }
+    /// Null when released.
     Filter* get() const { return filter_; }
-    void release() { reference_.Release(); }
+    /// As it is.
+    void release() {
+        filter_ = nullptr;
+        reference_.Release();
+    }
 
 private:
     Filter* filter_;

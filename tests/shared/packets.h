@@ -1,19 +1,15 @@
 #pragma once
 
-#include <cstdint>
-#include <vector>
-
 #include "core/fec_packet.h"
 #include "core/rtp_packet.h"
-#include "tests/guard/random.h"
-#include "tests/model/packet.h"
+#include "tests/shared/bytes.h"
+#include "tests/shared/random.h"
 
-namespace mvrtpfec::testing {
-
-using model::Bytes;
+namespace mvrtpfec {
 
 /// A media packet whose payload, timestamp and marker follow from its number, so that no two are alike.
 Bytes mediaPacket(std::uint16_t sequenceNumber, std::size_t length = 200);
+std::vector<Bytes> mediaPackets(std::uint16_t first, std::size_t count);
 
 /// The same with nothing but its number and length foreseeable. `length` is at least 12.
 Bytes randomMediaPacket(Random& random, std::uint16_t sequenceNumber, std::size_t length);
@@ -36,4 +32,4 @@ inline Bytes bytesOf(ConstRtpPacketView view) {
     return Bytes(view.data, view.data + view.length);
 }
 
-}  // namespace mvrtpfec::testing
+}  // namespace mvrtpfec
