@@ -10,4 +10,7 @@ constexpr int serialDistance(std::uint16_t from, std::uint16_t to) {
     return static_cast<std::int16_t>(static_cast<std::uint16_t>(to - from));
 }
 
+/// Sequence numbers further apart are of different runs of a source.
+inline constexpr int sameRun = 1024;
+
 }  // namespace mvrtpfec

@@ -1,8 +1,3 @@
 #pragma once
 
-namespace mvrtpfec {
-
-/// Sequence numbers further apart are of different runs of a source.
-inline constexpr int sameRun = 1024;
-
-}  // namespace mvrtpfec
+#include "core/serial_distance.h"
