@@ -1,10 +1,10 @@
 # `cmake --install` puts the program, its module, what hosts need to call it, and the libraries with their
 # CMake package in place: find_package(MvRtpFec) gives MvRtpFec::interfaces, MvRtpFec::core, MvRtpFec::guard,
-# MvRtpFec::rtp_media, MvRtpFec::sender and MvRtpFec::receiver with what they stand on.
+# MvRtpFec::engine, MvRtpFec::rtp_media, MvRtpFec::sender and MvRtpFec::receiver with what they stand on.
 
 include(CMakePackageConfigHelpers)
 
-set(exported platform support core framework rtp_media sender receiver guard)
+set(exported platform support core framework rtp_media sender receiver guard engine)
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/MvRtpFec")
 
 # Windows' packages hold the modules of both widths side by side, the program beside its own.

@@ -20,27 +20,37 @@ CFecDecoder::~CFecDecoder() {
 }
 
 HRESULT CFecDecoder::Feed(const std::uint8_t* bytes, std::size_t length) {
-    const ConstRtpPacketView packet{bytes, static_cast<std::uint16_t>(length)};
+    return feed({bytes, static_cast<std::uint16_t>(length)},
+                [&] { return std::make_unique<RtpPacket>(bytes, length); });
+}
+
+HRESULT CFecDecoder::Feed(std::unique_ptr<RtpPacket> packet) {
+    return feed(packet->view, [&] { return std::move(packet); });
+}
+
+/// A packet is made of the bytes only where it is kept.
+template <class MakePacket>
+HRESULT CFecDecoder::feed(ConstRtpPacketView packet, MakePacket makePacket) {
     if (packet.length < rtpHeaderSize) return E_FAIL;
 
     HRESULT result = E_FAIL;
     if (packet.payloadType() == fecPayloadType)
-        result = feedFec(packet);
+        result = feedFec(packet, makePacket);
     else if (packet.payloadType() == mediaPayloadType)
-        result = feedMedia(bytes, length);
+        result = feedMedia(makePacket());
     if (SUCCEEDED(result)) moveWindow();
     return result;
 }
 
-HRESULT CFecDecoder::feedFec(ConstRtpPacketView fec) {
+template <class MakePacket>
+HRESULT CFecDecoder::feedFec(ConstRtpPacketView fec, MakePacket makePacket) {
     if (fec.length < fecPayloadOffset) return E_FAIL;
     const ProtectedRange range = protectedRange(fec);
     if (!learnMatrix(fecKind(fec), range)) return E_FAIL;
-    return InsertFecPacket(fec, range);
+    return InsertFecPacket(fec, range, makePacket);
 }
 
-HRESULT CFecDecoder::feedMedia(const std::uint8_t* bytes, std::size_t length) {
-    auto packet = std::make_unique<RtpPacket>(bytes, length);
+HRESULT CFecDecoder::feedMedia(std::unique_ptr<RtpPacket> packet) {
     const std::uint16_t sequenceNumber = packet->view.sequenceNumber();
     store_.Insert(std::move(packet));
     store_.markReceived(sequenceNumber);
@@ -63,14 +73,16 @@ bool CFecDecoder::learnMatrix(FecKind kind, const ProtectedRange& range) {
     return range.count == columns_;
 }
 
-HRESULT CFecDecoder::InsertFecPacket(ConstRtpPacketView fec, const ProtectedRange& range) {
+template <class MakePacket>
+HRESULT CFecDecoder::InsertFecPacket(ConstRtpPacketView fec, const ProtectedRange& range,
+                                     MakePacket makePacket) {
     std::uint64_t searchedAt = neverSearched;
     Recovery recovery = TryRecover(fec, range, place(range), searchedAt);
     if (recovery.rebuilt) {
         insertRebuilt(std::move(recovery.rebuilt));
     } else if (recovery.keep) {
         if (fecPackets_.size() == maxKeptFecPackets) return E_FAIL;
-        fecPackets_.push_back({std::make_unique<RtpPacket>(fec.data, fec.length), range, searchedAt});
+        fecPackets_.push_back({makePacket(), range, searchedAt});
         calm_.valid = false;
     }
     return S_OK;

@@ -45,6 +45,8 @@ public:
     /// stored). What a std::exception of onPacket loses is the packet released; std::bad_alloc comes out, and
     /// the decoder stays usable.
     HRESULT Feed(const std::uint8_t* bytes, std::size_t length);
+    /// The same for a packet that may be kept as it is; it holds as many bytes as its view says.
+    HRESULT Feed(std::unique_ptr<RtpPacket> packet);
 
     std::uint64_t lostCount() const { return store_.lostCount(); }
     std::uint64_t rebuiltCount() const { return rebuiltCount_; }
@@ -82,9 +84,13 @@ private:
     static constexpr std::uint64_t neverSearched = ~std::uint64_t{0};
 
     bool learnMatrix(FecKind kind, const ProtectedRange& range);
-    HRESULT feedFec(ConstRtpPacketView fec);
-    HRESULT feedMedia(const std::uint8_t* bytes, std::size_t length);
-    HRESULT InsertFecPacket(ConstRtpPacketView fec, const ProtectedRange& range);
+    template <class MakePacket>
+    HRESULT feed(ConstRtpPacketView packet, MakePacket makePacket);
+    HRESULT feedMedia(std::unique_ptr<RtpPacket> packet);
+    template <class MakePacket>
+    HRESULT feedFec(ConstRtpPacketView fec, MakePacket makePacket);
+    template <class MakePacket>
+    HRESULT InsertFecPacket(ConstRtpPacketView fec, const ProtectedRange& range, MakePacket makePacket);
     void insertRebuilt(std::unique_ptr<RtpPacket> packet);
 
     Placement place(const ProtectedRange& range) const;

@@ -10,6 +10,10 @@
 
 namespace mvrtpfec {
 
+/// What a receiver's inputs are ordered with.
+inline constexpr std::int32_t receiverReorderCapacity = 20;
+inline constexpr std::int32_t maxRtpSequenceNumber = 65535;
+
 /// Puts items that carry wrapping sequence numbers back into consecutive order.
 ///
 /// An item is released only when its number follows the one released last, or when none has been
@@ -17,11 +21,11 @@ namespace mvrtpfec {
 /// when it runs full (dropping the oldest item that waits, not the hole), and starts afresh when a
 /// number lies more than 2 x capacity away. What it drops is dropped silently.
 ///
-/// Not thread-safe. No allocation after construction.
+/// Items may be such as can only be moved. Not thread-safe. No allocation after construction.
 template <class T>
 class CRtpPacketReorderBuffer {
 public:
-    using KeyFunction = std::function<std::int32_t(T)>;
+    using KeyFunction = std::function<std::int32_t(const T&)>;
 
     /// Throws std::runtime_error when `capacity` is below 1 or above half of `maxSequenceNumber`.
     CRtpPacketReorderBuffer(std::int32_t capacity, std::int32_t maxSequenceNumber, KeyFunction keyOf)
@@ -34,7 +38,7 @@ public:
 
     /// Takes an item in. Throws std::runtime_error for a number above the maximum and
     /// std::bad_function_call without a key function; a full buffer has dropped an item by then.
-    void Push(const T& item) {
+    void Push(T item) {
         if (entries_.size() == static_cast<std::size_t>(capacity_)) {
             entries_.pop_back();
             lastKey_ = none;
@@ -43,7 +47,8 @@ public:
         if (sequenceNumber > maxSequenceNumber_)
             throw std::runtime_error("Invalid sequence number : " + std::to_string(sequenceNumber) +
                                      ". Max allowed : " + std::to_string(maxSequenceNumber_));
-        insert({ExtendSequenceNumber(sequenceNumber), item});
+        const std::int64_t key = ExtendSequenceNumber(sequenceNumber);
+        insert({key, std::move(item)});
         referenceKey_ = entries_.back().key;
     }
 

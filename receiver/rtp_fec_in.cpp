@@ -15,8 +15,6 @@ using platform::operator""_w;
 
 namespace {
 
-constexpr std::int32_t reorderCapacity = 20;
-constexpr std::int32_t maxSequenceNumber = 65535;
 constexpr std::array inputNames = {"Input #1"_w, "Input #2"_w, "Input #3"_w};
 
 /// As guardedEntry, but std::bad_alloc becomes E_OUTOFMEMORY.
@@ -47,8 +45,8 @@ CUnknown* CRtpFecIn::CreateInstance(IUnknown* outer, HRESULT* result) {
 CRtpFecIn::CRtpFecIn(IUnknown* outer, HRESULT* result)
     : CBaseFilter(nullptr, outer, &filterLock_, CLSID_RtpFecIn) {
     for (std::size_t i = 0; i < inputCount; ++i) {
-        reorderBuffers_[i] =
-            std::make_unique<ReorderBuffer>(reorderCapacity, maxSequenceNumber, GetRtpSequenceNumber);
+        reorderBuffers_[i] = std::make_unique<ReorderBuffer>(receiverReorderCapacity, maxRtpSequenceNumber,
+                                                             GetRtpSequenceNumber);
         auto handler = std::make_shared<CRtpFecInInputPin>(static_cast<std::int32_t>(i), this);
         inputs_[i] =
             std::make_unique<CMorvaneInputPin<CRtpFecInInputPin>>(this, inputNames[i], std::move(handler));
@@ -95,7 +93,7 @@ HRESULT CRtpFecIn::Receive(std::int32_t input, CComPtr<IMediaSample> sample) {
         return S_OK;
     }
     ReorderBuffer& buffer = *reorderBuffers_[static_cast<std::size_t>(input)];
-    buffer.Push(sample);
+    buffer.Push(std::move(sample));
     CComPtr<IMediaSample> due;
     while (buffer.Pop(due)) sampleQueue_.append({std::move(due), run_});
     return S_OK;
@@ -126,15 +124,14 @@ void CRtpFecIn::report(HRESULT error) {
 
 HRESULT CRtpFecIn::ProcessSample(IMediaSample* sample) {
     const CAutoLock lock(&decoderLock_);
-    if (decoder_ == nullptr) ResetDecoder();
+    decoder_.provide();
     if (sample == nullptr) return S_OK;
     const LONG length = sample->GetActualDataLength();
     BYTE* data = nullptr;
     const HRESULT result = sample->GetPointer(&data);
     if (FAILED(result)) return result;
     if (data == nullptr) return E_POINTER;
-    const std::size_t count = length < 0 ? 0 : static_cast<std::size_t>(length);
-    if (FAILED(decoder_->decoder.Feed(data, count))) replaceRejecting();
+    decoder_.feed(data, length < 0 ? 0 : static_cast<std::size_t>(length));
     return S_OK;
 }
 
@@ -161,29 +158,9 @@ HRESULT CRtpFecIn::deliver(ConstRtpPacketView packet) {
     return S_OK;
 }
 
-/// What the old decoder still holds is delivered while the new one waits.
-void CRtpFecIn::ResetDecoder() {
-    const CAutoLock lock(&decoderLock_);
-    auto fresh = std::make_unique<RunDecoder>([this](RtpPacket* packet) { DeliverPacket(packet); }, inRun_);
-    retireDecoder();
-    decoder_ = std::move(fresh);
-}
-
 void CRtpFecIn::DestroyDecoder() {
     const CAutoLock lock(&decoderLock_);
-    retireDecoder();
-    inRun_ = false;
-}
-
-void CRtpFecIn::retireDecoder() {
-    past_ = totalsLocked();
-    decoder_.reset();
-}
-
-void CRtpFecIn::replaceRejecting() {
-    const bool counts = decoder_->counts;
-    ResetDecoder();
-    if (counts) ++past_.resets;
+    decoder_.end();
 }
 
 HRESULT CRtpFecIn::Pause() {
@@ -199,10 +176,7 @@ HRESULT CRtpFecIn::Pause() {
 
 void CRtpFecIn::startRun() {
     const CAutoLock lock(&decoderLock_);
-    if (decoder_ != nullptr) decoder_->counts = false;
-    past_ = {};
-    inRun_ = true;
-    ResetDecoder();
+    decoder_.begin();
 }
 
 /// The base class pauses a stopped filter while it holds the filter lock, inside which the decoder lock must
@@ -244,30 +218,19 @@ HRESULT CRtpFecIn::GetStatistics(std::uint64_t* lost, std::uint64_t* rebuilt, st
     if (lost == nullptr || rebuilt == nullptr || abandoned == nullptr || received == nullptr)
         return E_POINTER;
     const CAutoLock lock(&decoderLock_);
-    if (decoder_ == nullptr) return E_FAIL;
-    const CFecDecoder& decoder = decoder_->decoder;
-    *lost = decoder.lostCount();
-    *rebuilt = decoder.rebuiltCount();
-    *abandoned = decoder.abandonedCount();
-    *received = decoder.receivedCount();
+    const CFecDecoder* decoder = decoder_.current();
+    if (decoder == nullptr) return E_FAIL;
+    *lost = decoder->lostCount();
+    *rebuilt = decoder->rebuiltCount();
+    *abandoned = decoder->abandonedCount();
+    *received = decoder->receivedCount();
     return S_OK;
-}
-
-RtpFecInTotals CRtpFecIn::totalsLocked() const {
-    RtpFecInTotals sums = past_;
-    if (decoder_ == nullptr || !decoder_->counts) return sums;
-    const CFecDecoder& decoder = decoder_->decoder;
-    sums.received += decoder.receivedCount();
-    sums.lost += decoder.lostCount();
-    sums.rebuilt += decoder.rebuiltCount();
-    sums.abandoned += decoder.abandonedCount();
-    return sums;
 }
 
 HRESULT CRtpFecIn::GetTotals(RtpFecInTotals* totals) {
     if (totals == nullptr) return E_POINTER;
     const CAutoLock lock(&decoderLock_);
-    *totals = totalsLocked();
+    *totals = decoder_.totals();
     return S_OK;
 }
 

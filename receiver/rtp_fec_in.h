@@ -5,8 +5,8 @@
 #include <memory>
 #include <utility>
 
-#include "core/fec_decoder.h"
 #include "core/reorder_buffer.h"
+#include "core/replaceable_decoder.h"
 #include "framework/base/atl_sync.h"
 #include "framework/base/base_filter.h"
 #include "mvrtpfec/rtp_fec_in.h"
@@ -78,14 +78,6 @@ private:
         mvn::Thread thread;
     };
 
-    /// What the worker makes for a sample that Stop missed belongs to no run and isn't counted.
-    struct RunDecoder {
-        RunDecoder(PacketCallback onPacket, bool counted) : decoder(std::move(onPacket)), counts(counted) {}
-
-        CFecDecoder decoder;
-        bool counts;
-    };
-
     void ProcessSamples();
     void processNext();
     HRESULT ProcessSample(IMediaSample* sample);
@@ -94,12 +86,8 @@ private:
     HRESULT deliver(ConstRtpPacketView packet);
     void report(HRESULT error);
 
-    void ResetDecoder();
     void DestroyDecoder();
-    void retireDecoder();
-    void replaceRejecting();
     void startRun();
-    RtpFecInTotals totalsLocked() const;
 
     // In this order: the last one goes first.
     std::unique_ptr<Worker> worker_;
@@ -111,10 +99,9 @@ private:
     mvn::log::SmartLogPerf<mvn::log::DummyLogPerf> statistics_;
     std::atomic<IErrorSink*> errorSink_{nullptr};
     CCriticalSection decoderLock_{0};
-    std::unique_ptr<RunDecoder> decoder_;
+    /// What the worker makes for a sample that Stop missed belongs to no run and isn't counted.
+    ReplaceableDecoder decoder_{[this](RtpPacket* packet) { DeliverPacket(packet); }};
     std::atomic<std::uint32_t> run_{0};  ///< counts the starts from stopped
-    bool inRun_ = false;
-    RtpFecInTotals past_;  ///< of the run's decoders that are gone
 };
 
 }  // namespace mvrtpfec

@@ -12,15 +12,16 @@ awk '
         allowed["platform"] = "platform"
         allowed["include"] = "mvrtpfec"
         allowed["support"] = "support mvrtpfec platform"
-        allowed["core"] = "core support platform"
+        allowed["core"] = "core support mvrtpfec platform"
         allowed["guard"] = "guard core support mvrtpfec platform"
+        allowed["engine"] = "engine " allowed["guard"]
         allowed["framework"] = "framework support mvrtpfec platform"
         allowed["rtp_media"] = "rtp_media framework core support mvrtpfec platform"
         allowed["selftest"] = "selftest " allowed["rtp_media"]
         allowed["sender"] = "sender framework core support mvrtpfec platform"
         allowed["receiver"] = "receiver framework core support mvrtpfec platform"
         allowed["module"] = "module sender receiver framework support mvrtpfec platform"
-        allowed["host"] = "host guard selftest rtp_media framework core support mvrtpfec platform"
+        allowed["host"] = "host engine guard selftest rtp_media framework core support mvrtpfec platform"
         everything = allowed["host"] " sender receiver tests bench fuzz"
         allowed["tests"] = allowed["bench"] = allowed["fuzz"] = everything
         for (folder in allowed) {

@@ -1,9 +1,10 @@
 #include "sender/rtp_fec_filter.h"
 
 #include <new>
+#include <utility>
 
+#include "core/composers.h"
 #include "framework/guarded_entry.h"
-#include "platform/process/runtime_rand.h"
 #include "platform/wide_literal.h"
 
 namespace mvrtpfec {
@@ -30,8 +31,7 @@ CRtpFecFilter::CRtpFecFilter(IUnknown* outer, HRESULT* result)
       input_(this, &filterLock_, result),
       fecA_(this, &filterLock_, result, "FECA"_w),
       fecB_(this, &filterLock_, result, "FECB"_w) {
-    // Nothing uses them; the composers' first sequence numbers come after them in the sequence.
-    for (int draw = 0; draw < 4; ++draw) platform::runtimeRand();
+    Composers::drawUnused();
 }
 
 HRESULT CRtpFecFilter::NonDelegatingQueryInterface(REFIID riid, void** object) {
@@ -67,24 +67,15 @@ HRESULT CRtpFecFilter::Pause() {
 
 /// Throws for a matrix that isn't one, and then leaves everything as it was.
 void CRtpFecFilter::createComposers() {
-    const std::int32_t mode = mode_;
-    if (mode == fecNone) return protection_.replaceBoth(nullptr, nullptr);
-    const std::int32_t columns = columns_;
-    const std::int32_t rows = rows_;
-    CFecComposer::checkMatrix(mode, columns, rows);
-    auto composerA = makeComposer(fecA_, mode == fecRow ? fecRow : fecColumn, columns, rows);
-    if (mode == fecBoth)
-        protection_.replaceBoth(std::move(composerA), makeComposer(fecB_, fecRow, columns, rows));
-    else
-        protection_.replaceA(std::move(composerA));
-}
-
-std::unique_ptr<CFecComposer> CRtpFecFilter::makeComposer(CRtpFecFilterOutputPin& pin, FecMode mode,
-                                                          std::int32_t columns, std::int32_t rows) {
-    const auto deliver = [&pin](const std::shared_ptr<RtpPacket>& packet) {
-        pin.deliverPacket(packet->view);
+    const auto deliverTo = [](CRtpFecFilterOutputPin& pin) {
+        return [&pin](const std::shared_ptr<RtpPacket>& packet) { pin.deliverPacket(packet->view); };
     };
-    return std::make_unique<CFecComposer>(deliver, mode, columns, rows);
+    const std::int32_t mode = mode_;
+    Composers fresh = Composers::make(deliverTo(fecA_), deliverTo(fecB_), mode, columns_, rows_);
+    if (mode == fecBoth || mode == fecNone)
+        protection_.replaceBoth(std::move(fresh.a), std::move(fresh.b));
+    else
+        protection_.replaceA(std::move(fresh.a));
 }
 
 void CRtpFecFilter::processPacket(IMediaSample* sample) {

@@ -45,8 +45,6 @@ public:
 
 private:
     void createComposers();
-    std::unique_ptr<CFecComposer> makeComposer(CRtpFecFilterOutputPin& pin, FecMode mode,
-                                               std::int32_t columns, std::int32_t rows);
     HRESULT configure(std::atomic<std::int32_t>& value, std::int32_t wanted, std::int32_t low,
                       std::int32_t high);
 

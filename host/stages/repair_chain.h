@@ -8,6 +8,8 @@
 #include <span>
 
 #include "core/rtp_packet.h"
+#include "engine/fec_receiver.h"
+#include "engine/stream_drain.h"
 #include "guard/packet_guard.h"
 #include "guard/packet_ledger.h"
 #include "host/graph/receiver_branch.h"
@@ -15,11 +17,8 @@
 
 namespace mvrtpfec {
 
-struct RepairFigures {
-    RtpFecInTotals receiver;      ///< as the filter counts; what the program tells of losses is in `stream`
-    std::uint64_t delivered = 0;  ///< media packets given to the output
-    std::uint64_t runts = 0;      ///< datagrams too short for an RTP header, left out
-    std::optional<GuardFigures> guard;
+/// What the receiver counts is as the filter does; what the program tells of losses is in `stream`.
+struct RepairFigures : FecReceiverFigures {
     LedgerFigures stream;  ///< settled as packets are delivered, all of it at the end
 
     /// Decoders replaced, but for those that the guard had replaced or that met more losses than they hold.
@@ -54,32 +53,24 @@ public:
     RepairFigures figures() const;
 
 private:
-    void note(ConstRtpPacketView packet);
     void account(ConstRtpPacketView packet);
-    void noteMedia(ConstRtpPacketView media);
-    void noteFec(ConstRtpPacketView fec);
     void deliver(ConstRtpPacketView packet, const Moment& moment);
     void feed(std::size_t input, std::unique_ptr<RtpPacket> packet);
     void pushOut();
     void pad(std::uint32_t index);
-    std::unique_ptr<RtpPacket> makePadding(std::uint16_t number) const;
-    bool isPadding(ConstRtpPacketView packet) const;
 
     Output output_;
     Moment now_;  ///< of the latest push
     PacketLedger ledger_;
 
     std::size_t mediaInput_ = 0;
-    std::optional<std::uint16_t> newest_;  ///< highest media number seen, or named by an FEC packet
-    std::optional<std::uint16_t> behind_;  ///< a number behind the newest, seen last
-    std::uint32_t ssrc_ = 0;
     bool isBrokenOff_ = false;
 
     std::uint32_t paddingPushed_ = 0;
     std::uint64_t runts_ = 0;
 
     // The receiver's thread shares these; the host's looks at them and sets them while the receiver is idle.
-    std::optional<std::uint16_t> firstPadding_;
+    StreamDrain drain_;  ///< which the receiver's thread asks after its begin() alone
     bool drained_ = false;
     std::atomic<std::uint64_t> delivered_{0};  ///< looked at at any time
 

@@ -4,6 +4,7 @@
 
 #include <unknwn.h>
 
+#include "mvrtpfec/fec_totals.h"
 #include "mvrtpfec/log_perf.h"
 
 namespace mvrtpfec {
@@ -48,14 +49,8 @@ protected:
     ~IRtpFecInConfig() = default;
 };
 
-/// Packets counted by all decoders since the filter last left the stopped state.
-struct RtpFecInTotals {
-    std::uint64_t received = 0;
-    std::uint64_t lost = 0;
-    std::uint64_t rebuilt = 0;
-    std::uint64_t abandoned = 0;
-    std::uint64_t resets = 0;  ///< decoders replaced because they rejected a packet
-};
+/// Of the run since the filter last left the stopped state.
+using RtpFecInTotals = FecTotals;
 
 inline constexpr IID IID_IRtpFecInTotals{
     0x6D0C1F5E, 0x8B0A, 0x4C57, {0x9B, 0x42, 0x2E, 0xF7, 0x61, 0xA8, 0x35, 0xD0}};

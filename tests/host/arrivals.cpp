@@ -3,7 +3,7 @@
 #include <random>
 
 #include "core/big_endian.h"
-#include "tests/host/reference_chain.h"
+#include "engine/fec_sender.h"
 
 namespace mvrtpfec {
 
@@ -22,9 +22,12 @@ std::vector<std::uint8_t> mediaPacket(std::uint16_t number, std::uint8_t source,
 Arrivals protectedStream(std::uint16_t first, std::size_t count, const MatrixConfig& matrix,
                          std::uint8_t source) {
     Arrivals sent;
-    reference::Sender sender(matrix, [&](StreamPort port, ConstRtpPacketView fec) {
-        sent.push_back({port, {fec.data, fec.data + fec.length}});
-    });
+    FecSender sender(
+        [&](FecStream stream, const std::shared_ptr<RtpPacket>& fec) {
+            sent.push_back({stream == FecStream::a ? StreamPort::fecA : StreamPort::fecB,
+                            {fec->view.data, fec->view.data + fec->view.length}});
+        },
+        matrix.mode, matrix.columns, matrix.rows);
     for (std::size_t i = 0; i < count; ++i) {
         auto media = mediaPacket(static_cast<std::uint16_t>(first + i), source, 100 + i * 37 % 1200);
         writeBigEndian32(&media[4], source << 26 | static_cast<std::uint32_t>(i * 100));

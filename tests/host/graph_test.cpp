@@ -9,12 +9,12 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/fec_receiver.h"
 #include "host/graph/receiver_branch.h"
 #include "host/graph/sender_branch.h"
 #include "host/stages/repair_chain.h"
 #include "support/log/dummy_log_perf.h"
 #include "tests/host/arrivals.h"
-#include "tests/host/reference_chain.h"
 
 namespace mvrtpfec {
 namespace {
@@ -46,7 +46,8 @@ struct Repaired {
     bool operator==(const Repaired&) const = default;
 };
 
-std::string textOf(const RepairFigures& figures) {
+template <class Figures>
+std::string textOf(const Figures& figures) {
     std::string text;
     const auto add = [&](std::uint64_t count) { text += std::to_string(count) + " "; };
     const RtpFecInTotals& r = figures.receiver;
@@ -77,20 +78,20 @@ Repaired repairInGraph(const Arrivals& arrivals, bool guarded) {
     return result;
 }
 
-Repaired repairByReference(const Arrivals& arrivals, bool guarded) {
+Repaired repairByEngine(const Arrivals& arrivals, bool guarded) {
     Repaired result;
     std::size_t arrival = 0;
-    bool finished = false;
-    reference::Repair chain(guarded, [&](ConstRtpPacketView packet) {
-        if (!finished) result.packets.push_back({arrival, {packet.data, packet.data + packet.length}});
-    });
+    FecReceiver receiver(
+        [&](ConstRtpPacketView packet) {
+            result.packets.push_back({arrival, {packet.data, packet.data + packet.length}});
+        },
+        guarded ? std::optional(GuardSettings{}) : std::nullopt);
     for (std::size_t i = 0; i < arrivals.size(); ++i) {
         arrival = i;
-        chain.push(arrivals[i].port, arrivals[i].bytes);
+        receiver.push(static_cast<ReceiverInput>(arrivals[i].port), arrivals[i].bytes);
     }
-    chain.finish();
-    finished = true;
-    result.figures = textOf(chain.figures());
+    receiver.finish();
+    result.figures = textOf(receiver.figures());
     return result;
 }
 
@@ -137,11 +138,11 @@ std::map<std::string, Arrivals> captures() {
             {"nothing", {}}};
 }
 
-TEST(Graph, RepairsPacketForPacketAsOneThreadDoes) {
+TEST(Graph, RepairsPacketForPacketAsTheEngineDoes) {
     for (const auto& [name, arrivals] : captures())
         for (const bool guarded : {false, true}) {
             SCOPED_TRACE(name + (guarded ? " guarded" : ""));
-            const Repaired expected = repairByReference(arrivals, guarded);
+            const Repaired expected = repairByEngine(arrivals, guarded);
             EXPECT_EQ(expected.packets.empty(), name == "nothing");
             for (int run = 0; run < 2; ++run) {
                 const Repaired actual = repairInGraph(arrivals, guarded);
@@ -199,7 +200,7 @@ Arrivals protectInGraph(const Arrivals& media, const MatrixConfig& matrix) {
     return sent;
 }
 
-TEST(Graph, ProtectsPacketForPacketAsTheComposersDo) {
+TEST(Graph, ProtectsPacketForPacketAsTheEngineDoes) {
     // Each thread draws the same first FEC sequence numbers.
     const auto onFreshThread = [](auto work) { return std::async(std::launch::async, work).get(); };
     for (const MatrixConfig& matrix :

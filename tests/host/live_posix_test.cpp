@@ -124,7 +124,7 @@ TEST_F(LiveChainTest, AnotherSenderWithAnotherMatrixIsFollowedAndToldOnce) {
     Beside receiver([&] {
         return runProcess(
             "timeout",
-            fmt::format("--foreground --preserve-status -s INT 9 {} receive --from 127.0.0.1:{} out.ts --log "
+            fmt::format("--foreground --preserve-status -s INT 8 {} receive --from 127.0.0.1:{} out.ts --log "
                         "receive.log --guard-hold 50 --metrics 127.0.0.1:{}",
                         program().string(), port, port + 1),
             pathOf(""));
