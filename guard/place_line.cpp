@@ -19,6 +19,9 @@ constexpr Place between = 4 * sameRun;
 /// Packets whose timestamps make a mean.
 constexpr int paceMemory = 64;
 constexpr int cycle = 65536;
+/// So many may be missing of a source that goes on (MAX_DROPOUT, RFC 3550 appendix A.1), though its
+/// timestamps were set anew meanwhile; where these go on without a gap, the numbers alone have jumped.
+constexpr int maxDropout = 3000;
 
 }  // namespace
 
@@ -127,7 +130,7 @@ std::optional<std::uint64_t> PlaceLine::outageBefore(const Packet& packet) const
     const bool fits = packets < cycle / 2
                           ? expected > packets / 2 && expected < packets * 2
                           : std::abs(expected - packets) < std::min(packets, 1.0 * cycle) / 16;
-    if (!fits) return std::nullopt;
+    if (!fits && (ahead > maxDropout || expected < nearBy)) return std::nullopt;
     return static_cast<std::uint64_t>(packets) - 1;
 }
 

@@ -125,6 +125,8 @@ TEST(PacketLedgerTest, TellsLossesFromRestartsAndJumps) {
     EXPECT_EQ(after([](Ledger& s) { s.run(68'000, 68'100); }), (Account{0, 2000, 2000, 1}));
     EXPECT_EQ(after([](Ledger& s) { s.run(166'000, 166'100); }), (Account{0, 100'000, 100'000, 1}))
         << "more than a cycle of numbers";
+    EXPECT_EQ(after([](Ledger& s) { s.run(66'800, 66'900, 1, 1200); }), (Account{0, 2000, 2000, 1}))
+        << "timestamps set anew meanwhile";
     EXPECT_EQ(after([](Ledger& s) { s.run(66'000, 66'100, 1, 2000); }), (Account{0, 0, 0, 0, 1})) << "a jump";
     EXPECT_EQ(after([](Ledger& s) { s.run(66'500, 66'600, 2); }), (Account{0, 0, 0, 0, 1}))
         << "another source";
