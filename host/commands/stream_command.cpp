@@ -7,6 +7,8 @@
 #include <vector>
 
 #include <CLI/CLI.hpp>
+#include <asio/io_context.hpp>
+#include <asio/ip/udp.hpp>
 #include <fmt/format.h>
 
 #include "host/commands/commands.h"
