@@ -140,8 +140,7 @@ TEST_F(PacketizeCommand, ParameterSetsGoWhereTheyShould) {
 TEST_F(PacketizeCommand, StreamThatGivesNoPacketSaysWhy) {
     const std::map<std::string, std::string> cases{
         {"packetize timeless.264 out.pcap --format h264 --frame-rate 25", "no VUI timing"},
-        {"packetize " MVRTPFEC_SOURCE "/samples/sample.ts out.pcap --format h264",
-         "packets of 188 bytes: name its format mpeg2ts"},
+        {"packetize in.ts out.pcap --format h264", "packets of 188 bytes: name its format mpeg2ts"},
         {"packetize slices.264 out.pcap --format h264", "no sequence parameter set found"},
         {"packetize " + streamPath("aac_lc.aac").string() + " out.pcap --format h264", "no packet came out"},
         {"packetize " + streamPath("klv.bin").string() + " out.pcap --format aac-latm",
@@ -152,6 +151,7 @@ TEST_F(PacketizeCommand, StreamThatGivesNoPacketSaysWhy) {
                                 0, 0, 0, 1, 0x68, 0xCE, 0x3C, 0x80,                    // PPS
                                 0, 0, 0, 1, 0x65, 0x88, 0x80, 0x10, 0x20, 0x30, 0x40});
     store("slices.264", Bytes{0, 0, 1, 0x65, 0x88, 0x80, 0x10, 0, 0, 1, 0x41, 0x9A, 0x10});
+    store("in.ts", sample());
     store("headless.m4v", Bytes{0, 0, 1, 0xB6, 0x10, 1, 2, 3, 4, 5, 6, 7});
     const std::size_t before = fileCount();
     for (const auto& [arguments, reason] : cases) {
