@@ -186,8 +186,10 @@ HRESULT CBaseFilter::StreamTime(REFERENCE_TIME& time) const {
     }
     if (clock == nullptr) return VFW_E_NO_CLOCK;
     const HRESULT result = clock->GetTime(&time);
-    if (SUCCEEDED(result)) time -= start;
-    return result;
+    if (FAILED(result)) return result;
+    time -= start;
+    // S_FALSE, a clock that hasn't moved since it was last read, is no news to who asks for the stream's time.
+    return S_OK;
 }
 
 HRESULT CBaseFilter::ReconnectPin(IPin* pin) {
