@@ -188,7 +188,8 @@ HRESULT CBaseFilter::StreamTime(REFERENCE_TIME& time) const {
     const HRESULT result = clock->GetTime(&time);
     if (FAILED(result)) return result;
     time -= start;
-    // S_FALSE, a clock that hasn't moved since it was last read, is no news to who asks for the stream's time.
+    // S_FALSE, a clock that hasn't moved since it was last read, is no news to who asks for the stream's
+    // time.
     return S_OK;
 }
 
